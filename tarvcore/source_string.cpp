@@ -1,0 +1,67 @@
+#include "tarvcore/source_string.h"
+
+#include <algorithm>
+#include <ostream>
+#include <stdexcept>
+
+TARVCORE_SOURCE_FILE("$Id: //tarvcore/source_string.cpp#1 $");
+
+namespace tarvcore {
+
+SourceString::SourceString(const char* text) {
+    alloc_dynamic(text);
+}
+
+SourceString::SourceString(const char* text, unsigned length) {
+    alloc_dynamic(text, length);
+}
+
+SourceString::SourceString(InterfacePtr<const StringTraceData> source) {
+    const std::string_view text = source->query_trace_text();
+    alloc_dynamic(text.data(), text.size(), std::move(source));
+}
+
+InterfacePtr<const StringTraceData> SourceString::query_trace_data() const {
+    if (is_reference()) return {};
+    return impl::DynamicSourceStringHolder::from_text(text_)->query_trace_data();
+}
+
+std::ostream& operator<<(std::ostream& os, const SourceString& string) {
+    if (string.is_reference()) return os.write(string.text(), string.size());
+    impl::DynamicSourceStringHolder::from_text(string.text())
+        ->query_trace_data()
+        ->write_to_stream(os);
+    return os;
+}
+
+unsigned SourceString::measure() const {
+    const unsigned length = std::strlen(text_);
+    __atomic_store_n(&length_, static_cast<int>(length), __ATOMIC_RELAXED);
+    return length;
+}
+
+void SourceString::alloc_dynamic(const char* text) {
+    alloc_dynamic(text, std::strlen(text));
+}
+
+void SourceString::alloc_dynamic(const char* text, unsigned length,
+                                 InterfacePtr<const StringTraceData> source) {
+    if (length > max_length) length_error();
+    if (length == 0) return;  // a length of minus zero could not be told from a reference
+    HolderPtr holder(impl::DynamicSourceStringHolder::create(text, length, std::move(source)));
+    text_ = holder.detach()->text();
+    length_ = -static_cast<int>(length);
+}
+
+void SourceString::length_error() {
+    throw std::runtime_error("tarvcore::SourceString : excessive string length");
+}
+
+int SourceString::compare_text(const char* text, unsigned length) const {
+    const unsigned own_length = size();
+    const int order = std::memcmp(text_, text, std::min(own_length, length));
+    if (order != 0) return order;
+    return own_length < length ? -1 : own_length > length;
+}
+
+}  // namespace tarvcore
