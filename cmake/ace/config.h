@@ -1,0 +1,8 @@
+// ACE's configuration, for the build of its DLL and for everybody who includes its headers.
+//
+// Without inline functions: they would refer to data that is imported from the DLL, and the compiler
+// warns at every one of them in a user's translation unit.
+#pragma once
+
+#define __ACE_INLINE__ 0
+#include "ace/config-win32.h"

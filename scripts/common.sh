@@ -1,0 +1,67 @@
+# What the scripts here share; sourced by them, with bash.
+#
+# shellcheck shell=bash
+set -euo pipefail
+
+root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
+cache=${XDG_CACHE_HOME:-${HOME:-$root/build}/.cache}/tarvcore
+logs=$root/build/log
+
+say() { printf '%s\n' "==> $*"; }
+
+fail() {
+    printf '%s\n' "error: $*" >&2
+    exit 1
+}
+
+# make_folder FOLDER: creates it, or says in one line why that cannot be.
+make_folder() {
+    local why
+    why=$(mkdir -p -- "$1" 2>&1) && [[ -w $1 ]] && return
+    case $why in
+        *"No space left"*) fail "the disk is full: cannot create $1" ;;
+        *) fail "cannot write to $1: give this user the right to," \
+                "or let XDG_CACHE_HOME name another folder for the cache" ;;
+    esac
+}
+
+# What a person can do about the failure that a log ends with.
+advice() {
+    local log=$1
+    if grep -qE 'No space left on device|Disk quota exceeded' "$log"; then
+        echo "the disk is full: make room and run the command again"
+    elif grep -qE 'Temporary failure resolving|Could not resolve|Network is unreachable|(Could not|Cannot|Unable to) (connect|initiate)|Connection (refused|timed out)' "$log"; then
+        echo "the network cannot be reached: connect this machine and run the command again"
+    elif grep -qE 'Permission denied|Read-only file system|Operation not permitted' "$log"; then
+        echo "a permission is missing"
+    else
+        echo "the log's last lines are above"
+    fi
+}
+
+# watch START LOG: says now and then how far a step is.
+watch() {
+    local start=$1 log=$2
+    while sleep 1 > /dev/null 2>&1 && kill -0 $$ 2> /dev/null; do
+        (((SECONDS - start) % 10)) || printf '    %4d s: %.90s\n' $((SECONDS - start)) \
+            "$(tail -n 1 "$log" | tr -d '\r')"
+    done
+}
+
+# run NAME COMMAND...: runs a step that has much to say.  Its output goes to build/log/NAME.log; here
+# appear a line now and then while it works, and its duration.  On failure: the end of the log, the
+# command and what to do.
+run() {
+    local name=$1 log=$logs/$1.log start=$SECONDS watcher status=0
+    shift
+    make_folder "$logs"
+    watch "$start" "$log" &
+    watcher=$!
+    "$@" > "$log" 2>&1 || status=$?
+    kill "$watcher" && wait "$watcher" 2> /dev/null || true
+    if ((status != 0)); then
+        tail -n 15 "$log" | sed 's/^/    /' >&2
+        fail "step \"$name\" failed: $(advice "$log") (command: $*; log: $log)"
+    fi
+    say "$name: done in $((SECONDS - start)) s"
+}

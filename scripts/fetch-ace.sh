@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# fetch-ace.sh FOLDER: downloads ACE's published source into FOLDER, from the machine's own Debian
+# archive, and verifies it.  Prints nothing but progress; changes nothing in the machine's apt.
+source "$(dirname -- "${BASH_SOURCE[0]}")/common.sh"
+folder=$1
+read -r _ archive < "$root/cmake/ace/source.sha256"
+
+verified() { (cd "$folder" && sha256sum --quiet --check "$root/cmake/ace/source.sha256"); }
+
+[[ -e $folder/$archive ]] && verified 2> /dev/null && exit 0
+
+# The machine's sources name its packages; the same places, asked for source packages.  Both forms
+# exist: stanzas (*.sources) and lines (*.list).
+apt=$folder/apt
+rm -rf "$apt"
+make_folder "$apt/lists/partial"
+make_folder "$apt/cache/archives/partial"
+make_folder "$apt/sources.list.d"
+shopt -s nullglob
+for file in /etc/apt/sources.list.d/*.sources; do
+    awk -v RS= -v ORS='\n\n' '
+        tolower($0) !~ /(^|\n)enabled:[ \t]*(no|false|without|off|disable)/ &&
+        /(^|\n)Types:[^\n]*deb/ { gsub(/(^|\n)Types:[^\n]*/, "\nTypes: deb-src"); print }' "$file"
+done > "$apt/sources.list.d/machine.sources"
+for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+    [[ -e $file ]] && sed -nE 's/^[[:space:]]*deb[[:space:]]/deb-src /p' "$file"
+done > "$apt/sources.list.d/machine.list"
+
+options=(-q -o Dir::Etc::sourcelist=/dev/null -o "Dir::Etc::sourceparts=$apt/sources.list.d"
+    -o "Dir::State::lists=$apt/lists" -o "Dir::Cache=$apt/cache")
+(run "source-lists" apt-get "${options[@]}" update) || say "going on without it"
+cd "$folder"
+run "fetch-ace" apt-get "${options[@]}" source --download-only libace-7.0.8
+rm -rf "$apt"
+verified || fail "ACE's source is not the expected one: $folder/$archive differs from" \
+    "$root/cmake/ace/source.sha256"
