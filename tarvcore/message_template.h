@@ -1,0 +1,20 @@
+// What the functions that make errors take as message.
+#pragma once
+
+#include <utility>
+
+#include "tarvcore/source_string.h"
+
+namespace tarvcore {
+
+// The message of an error before its parameters are put in.  A `const char*` is a literal, which is
+// referenced and never copied; text that does not outlive the error comes as a SourceString.
+struct MessageTemplate {
+    constexpr MessageTemplate(const char* literal) : text(literal, true) {}
+    constexpr MessageTemplate(SourceString shared) : text(std::move(shared)) {}
+    constexpr MessageTemplate(TransferSource<SourceString> source) : text(source) {}
+
+    SourceString text;
+};
+
+}  // namespace tarvcore
