@@ -1,16 +1,24 @@
-# tarvcore_options: how all code of this project is compiled.
+# How the code of this project is compiled:
+#
+#   tarvcore_warnings   the flags for all of it
+#   tarvcore_options    the same, and what a tree's kind adds: the checkers, the counting of coverage
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 
-add_library(tarvcore_options INTERFACE)
-target_include_directories(tarvcore_options INTERFACE ${PROJECT_SOURCE_DIR})
-target_compile_definitions(tarvcore_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
-target_compile_options(tarvcore_options INTERFACE
+add_library(tarvcore_warnings INTERFACE)
+target_include_directories(tarvcore_warnings INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_definitions(tarvcore_warnings INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
+target_compile_options(tarvcore_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Werror
     -Wcast-align -Wconversion -Wduplicated-cond -Wformat=2 -Wlogical-op -Wnon-virtual-dtor
     -Woverloaded-virtual -Wshadow -Wundef)
 
+add_library(tarvcore_options INTERFACE)
+target_link_libraries(tarvcore_options INTERFACE tarvcore_warnings)
+if(TARVCORE_CHECKED)
+    include(Checkers)
+endif()
 if(TARVCORE_COVERAGE)
     target_compile_options(tarvcore_options INTERFACE --coverage)
     target_link_options(tarvcore_options INTERFACE --coverage)

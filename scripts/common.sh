@@ -4,10 +4,12 @@
 set -euo pipefail
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
+# shellcheck disable=SC2034  # used by the scripts that source this one
 cache=${XDG_CACHE_HOME:-${HOME:-$root/build}/.cache}/tarvcore
 logs=$root/build/log
 
-say() { printf '%s\n' "==> $*"; }
+# Progress goes to standard error: standard output is the tool's.
+say() { printf '%s\n' "==> $*" >&2; }
 
 fail() {
     printf '%s\n' "error: $*" >&2
@@ -44,7 +46,7 @@ watch() {
     local start=$1 log=$2
     while sleep 1 > /dev/null 2>&1 && kill -0 $$ 2> /dev/null; do
         (((SECONDS - start) % 10)) || printf '    %4d s: %.90s\n' $((SECONDS - start)) \
-            "$(tail -n 1 "$log" | tr -d '\r')"
+            "$(tail -n 1 "$log" | tr -d '\r')" >&2
     done
 }
 
@@ -58,7 +60,8 @@ run() {
     watch "$start" "$log" &
     watcher=$!
     "$@" > "$log" 2>&1 || status=$?
-    kill "$watcher" && wait "$watcher" 2> /dev/null || true
+    kill "$watcher"
+    wait "$watcher" 2> /dev/null || true
     if ((status != 0)); then
         tail -n 15 "$log" | sed 's/^/    /' >&2
         fail "step \"$name\" failed: $(advice "$log") (command: $*; log: $log)"

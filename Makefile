@@ -1,0 +1,46 @@
+# The front door: what each target does stands in scripts/ and CMakePresets.json.
+ARGS ?= tour
+JOBS := $(shell nproc)
+
+help:  ## This text
+	@echo "Targets:"
+	@sed -nE 's/^([a-z-]+):.*  ## (.*)/  make \1	\2/p' $(MAKEFILE_LIST) | expand -t 22
+
+run:  ## Set up, build, and run the tool: make run ARGS="time parse 2014-07-16T13:23:00Z"
+	@scripts/setup.sh
+	@scripts/build.sh release tarv >&2
+	@./tarv $(ARGS)
+
+test:  ## Set up, build, and run every test
+	@scripts/setup.sh
+	@scripts/build.sh release
+	@ctest --preset release -j $(JOBS)
+
+test-checked:  ## The same tests under the address and undefined behaviour checkers
+	@scripts/setup.sh
+	@scripts/build.sh checked
+	@ctest --preset checked -j $(JOBS)
+
+coverage:  ## Which lines and branches the tests reach: build/coverage/report/index.html
+	@scripts/setup.sh coverage
+	@scripts/build.sh coverage
+	@scripts/coverage.sh
+
+check:  ## Format, layers, headers, exported symbols, lints, links of the documents
+	@scripts/setup.sh check
+	@scripts/check.sh
+
+exports:  ## Rewrite cmake/exports.txt after a change of what the library exports
+	@scripts/setup.sh
+	@scripts/build.sh release tarvcore
+	@scripts/exports.sh > cmake/exports.txt
+
+bench:  ## Measure the library and its peers: one table
+	@scripts/setup.sh bench
+	@scripts/build.sh bench
+	@scripts/bench.sh
+
+clean:  ## Remove what was built here (the cache with ACE stays)
+	@rm -rf build
+
+.PHONY: help run test test-checked coverage check exports bench clean

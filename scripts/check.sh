@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# check.sh: everything about the source that needs no running program.  Goes through all checks and
+# fails at the end if one has failed.
+source "$(dirname -- "${BASH_SOURCE[0]}")/common.sh"
+cd "$root"
+failed=()
+
+# check NAME ADVICE COMMAND...: one check; its output shows only what is wrong.
+check() {
+    local name=$1 help=$2 start=$SECONDS
+    shift 2
+    if "$@"; then
+        say "$name: good ($((SECONDS - start)) s)"
+    else
+        say "$name: FAILED ($help)"
+        failed+=("$name")
+    fi
+}
+
+folders=()
+for folder in tarvcore tarvmoduleregistry tools tests bench examples; do
+    [[ -d $folder ]] && folders+=("$folder")
+done
+mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h' | sort)
+mapfile -t scripts < <(grep -lE '^#!.*bash' -r scripts .ci tarv)
+
+exports_are_listed() { scripts/exports.sh | diff -u cmake/exports.txt -; }
+links_resolve() { python3 scripts/check_docs.py; }
+
+check "format" "clang-format -i the files named" clang-format --dry-run -Werror "${sources[@]}"
+check "layers" "see cmake/layers.txt" python3 scripts/check_layers.py
+check "shell scripts" "shellcheck" shellcheck --external-sources --source-path=scripts "${scripts[@]}"
+check "documents' links" "mend the links named" links_resolve
+check "headers, and layers without those above" "see above" \
+    scripts/build.sh release header_checks layer_links tarvcore
+check "exported symbols" "if the change is meant: make exports" exports_are_listed
+check "lint" "see .clang-tidy" scripts/lint.sh
+
+((${#failed[@]} == 0)) || fail "these checks failed: $(printf '%s; ' "${failed[@]}")"
