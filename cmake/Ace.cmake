@@ -1,5 +1,5 @@
-# ACE::ACE (the DLL) and ACE::ACE_static, from the cache that scripts/build-ace.sh fills.
-execute_process(COMMAND ${PROJECT_SOURCE_DIR}/scripts/ace-location.sh
+# ACE::ACE (the DLL) and ACE::ACE_static, from the cache that scripts/build-library.sh fills.
+execute_process(COMMAND ${PROJECT_SOURCE_DIR}/scripts/library-location.sh ace
                 OUTPUT_VARIABLE ace_location OUTPUT_STRIP_TRAILING_WHITESPACE
                 COMMAND_ERROR_IS_FATAL ANY)
 if(NOT EXISTS ${ace_location})

@@ -1,11 +1,14 @@
 #!/usr/bin/env bash
-# fetch-ace.sh FOLDER: downloads ACE's published source into FOLDER, from the machine's own Debian
-# archive, and verifies it.  Prints nothing but progress; changes nothing in the machine's apt.
+# fetch-source.sh NAME FOLDER: downloads the published source of the library NAME into FOLDER, from
+# the machine's own Debian archive, and verifies it against cmake/NAME/source.sha256.  Prints nothing
+# but progress; changes nothing in the machine's apt.
 source "$(dirname -- "${BASH_SOURCE[0]}")/common.sh"
-folder=$1
-read -r _ archive < "$root/cmake/ace/source.sha256"
+name=$1
+folder=$2
+checksum=$root/cmake/$name/source.sha256
+read -r _ archive < "$checksum"
 
-verified() { (cd "$folder" && sha256sum --quiet --check "$root/cmake/ace/source.sha256"); }
+verified() { (cd "$folder" && sha256sum --quiet --check "$checksum"); }
 
 [[ -e $folder/$archive ]] && verified 2> /dev/null && exit 0
 
@@ -30,7 +33,8 @@ options=(-q -o Dir::Etc::sourcelist=/dev/null -o "Dir::Etc::sourceparts=$apt/sou
     -o "Dir::State::lists=$apt/lists" -o "Dir::Cache=$apt/cache")
 (run "source-lists" apt-get "${options[@]}" update) || say "going on without it"
 cd "$folder"
-run "fetch-ace" apt-get "${options[@]}" source --download-only libace-7.0.8
+# An archive is named after its source package.
+run "fetch-$name" apt-get "${options[@]}" source --download-only "${archive%%_*}"
 rm -rf "$apt"
-verified || fail "ACE's source is not the expected one: $folder/$archive differs from" \
-    "$root/cmake/ace/source.sha256"
+verified || fail "the source of $name is not the expected one: $folder/$archive differs from" \
+    "$checksum"
