@@ -86,9 +86,4 @@ private:
     }
 };
 
-extern template class TARVCORE_API AtomicOp<unsigned int>;
-extern template class TARVCORE_API AtomicOp<long>;
-extern template class TARVCORE_API AtomicOp<unsigned long>;
-extern template class TARVCORE_API AtomicOp<unsigned long long>;
-
 }  // namespace tarvcore

@@ -4,8 +4,7 @@
 #include <climits>
 
 // Marks what the library exports.  The library itself is compiled with TARVCORE_BUILD; a program
-// that contains the library's objects instead of linking the DLL defines TARVCORE_STATIC.  For
-// explicit instantiations the mark stands on the `extern template` declaration.
+// that contains the library's objects instead of linking the DLL defines TARVCORE_STATIC.
 #if defined(TARVCORE_STATIC)
 #define TARVCORE_API
 #elif defined(TARVCORE_BUILD)

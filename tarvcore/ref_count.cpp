@@ -31,7 +31,4 @@ bool AtomicStrongWeakRefCount::decrement_weak() {
     return __atomic_fetch_sub(&weak_, 1, __ATOMIC_SEQ_CST) == 1;
 }
 
-template class RefCounted<AtomicRefCount>;
-template class RefCounted<NonAtomicRefCount>;
-
 }  // namespace tarvcore

@@ -110,9 +110,6 @@ private:
     mutable Counter counter_;
 };
 
-extern template class TARVCORE_API RefCounted<AtomicRefCount>;
-extern template class TARVCORE_API RefCounted<NonAtomicRefCount>;
-
 static_assert(sizeof(AtomicRefCount) == 4 && sizeof(NonAtomicRefCount) == 4);
 static_assert(sizeof(AtomicStrongWeakRefCount) == 8);
 static_assert(sizeof(RefCounted<AtomicRefCount>) == 8);

@@ -1,0 +1,75 @@
+// Faults to catch: the wrong one of old and new value; the arguments of compare_exchange swapped;
+// 64-bit values torn or their halves swapped; lost updates; the doubled addend of `add`
+// "corrected".
+
+#include "tarvcore/atomic_op.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <type_traits>
+
+namespace {
+
+using tarvcore::AtomicOp;
+
+template <class T>
+class AtomicOpTest : public testing::Test {};
+using Types = testing::Types<unsigned int, long, unsigned long, unsigned long long>;
+TYPED_TEST_SUITE(AtomicOpTest, Types, );
+
+TYPED_TEST(AtomicOpTest, AnswersAndStores) {
+    using T = TypeParam;
+    T x = 10;
+    EXPECT_EQ(AtomicOp<T>::increment(&x), T{11});
+    EXPECT_EQ(AtomicOp<T>::decrement(&x), T{10});
+    EXPECT_EQ(AtomicOp<T>::add(&x, 5), T{20});
+    EXPECT_EQ(x, T{15});
+    EXPECT_EQ(AtomicOp<T>::exchange(&x, 3), T{15});
+    EXPECT_EQ(AtomicOp<T>::compare_exchange(&x, 7, 3), T{3});
+    EXPECT_EQ(x, T{7});
+    EXPECT_EQ(AtomicOp<T>::compare_exchange(&x, 9, 4), T{7});
+    EXPECT_EQ(AtomicOp<T>::read(&x), T{7});
+    AtomicOp<T>::write(&x, 1);
+    EXPECT_EQ(x, T{1});
+}
+
+TYPED_TEST(AtomicOpTest, Wraps) {
+    using T = TypeParam;
+    using Unsigned = std::make_unsigned_t<T>;
+    T x = static_cast<T>(static_cast<Unsigned>(-1));
+    EXPECT_EQ(AtomicOp<T>::increment(&x), T{0});
+    EXPECT_EQ(AtomicOp<T>::decrement(&x), static_cast<T>(static_cast<Unsigned>(-1)));
+
+    T top = static_cast<T>(static_cast<Unsigned>(-1) >> 1);
+    EXPECT_EQ(AtomicOp<T>::increment(&top), static_cast<T>((static_cast<Unsigned>(-1) >> 1) + 1));
+}
+
+TEST(AtomicOp64, CarriesBetweenTheHalves) {
+    unsigned long long x = 0x0000000100000000;
+    EXPECT_EQ(AtomicOp<unsigned long long>::read(&x), 0x0000000100000000u);
+    EXPECT_EQ(AtomicOp<unsigned long long>::decrement(&x), 0x00000000FFFFFFFFu);
+    EXPECT_EQ(AtomicOp<unsigned long long>::increment(&x), 0x0000000100000000u);
+    EXPECT_EQ(AtomicOp<unsigned long long>::compare_exchange(&x, 5, 0x00000000), 0x100000000u);
+    EXPECT_EQ(x, 0x0000000100000000u);
+}
+
+// Adding the two halves' unit at once keeps both halves equal: a torn value shows.
+TEST(AtomicOp64, LosesNothingBetweenThreads) {
+    constexpr unsigned long long both_halves = 0x0000000100000001;
+    constexpr int rounds = 100'000;
+    unsigned long long x = 0;
+    const auto add = [&x] {
+        for (int i = 0; i < rounds; ++i) {
+            AtomicOp<unsigned long long>::add(&x, both_halves);
+            const unsigned long long seen = AtomicOp<unsigned long long>::read(&x);
+            ASSERT_EQ(seen >> 32, seen & 0xFFFFFFFF);
+        }
+    };
+    std::thread other(add);
+    add();
+    other.join();
+    EXPECT_EQ(x, 2 * rounds * both_halves);
+}
+
+}  // namespace

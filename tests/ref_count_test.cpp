@@ -1,0 +1,92 @@
+// Faults to catch: zero reported one step early or late; the dead revived; `destroy` called twice,
+// never, or past an override.
+
+#include "tarvcore/ref_count.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+#include "tarvcore/ref_count_ptr.h"
+
+namespace {
+
+using namespace tarvcore;
+
+template <class Counter>
+class RefCountTest : public testing::Test {};
+using Counters = testing::Types<AtomicRefCount, NonAtomicRefCount>;
+TYPED_TEST_SUITE(RefCountTest, Counters, );
+
+TYPED_TEST(RefCountTest, CountsToOneAndBack) {
+    TypeParam count;
+    EXPECT_FALSE(count.has_refs());
+    count.increment();
+    EXPECT_TRUE(count.is_unique());
+    count.increment();
+    EXPECT_FALSE(count.is_unique());
+    EXPECT_FALSE(count.decrement());
+    EXPECT_TRUE(count.decrement());
+    EXPECT_FALSE(count.has_refs());
+    EXPECT_TRUE(TypeParam(1).is_unique());
+}
+
+TEST(AtomicStrongWeakRefCount, DoesNotReviveTheDead) {
+    AtomicStrongWeakRefCount count;
+    count.increment_weak();
+    EXPECT_TRUE(count.increment_strong());
+    EXPECT_FALSE(count.decrement_strong());
+    EXPECT_TRUE(count.decrement_strong());
+    EXPECT_FALSE(count.increment_strong());
+    EXPECT_FALSE(count.has_strong_refs());
+    EXPECT_FALSE(count.decrement_weak());
+    EXPECT_TRUE(count.decrement_weak());
+}
+
+template <class Counter>
+class Recycled : public RefCounted<Counter> {
+public:
+    explicit Recycled(int& destroyed) : destroyed_(destroyed) {}
+    ~Recycled() override = default;
+
+protected:
+    void destroy() const override {
+        ++destroyed_;
+        delete this;
+    }
+
+private:
+    int& destroyed_;
+};
+
+TYPED_TEST(RefCountTest, LastReleaseDestroysOnceThroughTheOverride) {
+    int destroyed = 0;
+    RefCountPtr<Recycled<TypeParam>> first(new Recycled<TypeParam>(destroyed));
+    EXPECT_TRUE(first->has_unique_ref());
+    RefCountPtr<RefCounted<TypeParam>> second(first);
+    EXPECT_FALSE(first->has_unique_ref());
+    first.clear();
+    EXPECT_EQ(destroyed, 0);
+    second.clear();
+    EXPECT_EQ(destroyed, 1);
+}
+
+TEST(RefCounted, ThreadsAgreeOnTheLastReference) {
+    int destroyed = 0;
+    RefCountPtr<Recycled<AtomicRefCount>> shared(new Recycled<AtomicRefCount>(destroyed));
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([copy = shared] {
+            for (int round = 0; round < 50'000; ++round)
+                RefCountPtr(copy).clear();
+        });
+    }
+    shared.clear();
+    for (std::thread& thread : threads)
+        thread.join();
+    threads.clear();
+    EXPECT_EQ(destroyed, 1);
+}
+
+}  // namespace

@@ -1,0 +1,73 @@
+// Faults to catch: a wrong boundary between sequence lengths; surrogates or non-characters let
+// through; the wrong number of units passed over after bad input.
+
+#include "tarvcore/impl/unicode_codec.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using namespace tarvcore::impl;
+
+// RFC 2279's table, built bit by bit.
+std::string oracle_utf8(std::uint32_t c) {
+    if (c < 0x80) return std::string(1, static_cast<char>(c));
+    const int payload_bits[] = {11, 16, 21, 26, 31};
+    for (int continuation = 1; continuation <= 5; ++continuation) {
+        if (c >> payload_bits[continuation - 1] != 0) continue;
+        std::string text;
+        for (int i = 0; i < continuation; ++i) {
+            text.insert(text.begin(), static_cast<char>(0x80 + (c >> (6 * i)) % 64));
+        }
+        const int lead_mark = 0x100 - (0x80 >> continuation);
+        text.insert(text.begin(),
+                    static_cast<char>(lead_mark + static_cast<int>(c >> (6 * continuation))));
+        return text;
+    }
+    return {};
+}
+
+bool oracle_allowed(std::uint32_t c) {
+    const bool surrogate = c / 0x800 == 0x1B;
+    return !surrogate && c != 0xFEFF && c != 0xFFFE && c != 0xFFFF && c < 0x80000000;
+}
+
+TEST(UnicodeCodec, EncodesEveryCodePointOfUnicodeAndTheBoundariesAbove) {
+    const auto check = [](std::uint32_t c) {
+        char buffer[max_utf8_sequence_length];
+        const unsigned length = encode_utf8(c, buffer);
+        const std::string expected = oracle_allowed(c) ? oracle_utf8(c) : std::string();
+        ASSERT_EQ(std::string(buffer, length), expected) << std::hex << c;
+    };
+    for (std::uint32_t c = 0; c < 0x120000; ++c)
+        check(c);
+    for (int bit = 16; bit < 32; ++bit) {
+        for (const std::uint32_t near : {-1u, 0u, 1u})
+            check((1u << bit) + near);
+    }
+    check(0xFFFFFFFF);
+}
+
+TEST(UnicodeCodec, DecodesEveryUnitAndPairsOfEveryKind) {
+    for (std::uint32_t unit = 0; unit < 0x10000; ++unit) {
+        const wchar_t text[] = {static_cast<wchar_t>(unit), 0xDC00};
+        const auto [code_point, units] = decode_utf16(text, 1);
+        ASSERT_EQ(units, oracle_allowed(unit) ? 1u : 0u) << std::hex << unit;
+        if (units == 1) {
+            ASSERT_EQ(code_point, unit);
+        }
+        ASSERT_EQ(decode_utf16(text, 2).units, unit / 0x400 == 0x36   ? 2u
+                                               : oracle_allowed(unit) ? 1u
+                                                                      : 0u)
+            << std::hex << unit;
+    }
+    for (std::uint32_t c = 0x10000; c < 0x110000; ++c) {
+        const wchar_t pair[] = {static_cast<wchar_t>(0xD800 + (c - 0x10000) / 0x400),
+                                static_cast<wchar_t>(0xDC00 + (c - 0x10000) % 0x400)};
+        ASSERT_EQ(decode_utf16(pair, 2).code_point, c);
+    }
+}
+
+}  // namespace
