@@ -27,17 +27,16 @@ make_folder() {
     esac
 }
 
-# What a person can do about the failure that a log ends with.
+# advice LOG...: what a person can do about the failure that the logs tell of.
 advice() {
-    local log=$1
-    if grep -qE 'No space left on device|Disk quota exceeded' "$log"; then
+    if grep -qE 'No space left on device|Disk quota exceeded' "$@"; then
         echo "the disk is full: make room and run the command again"
-    elif grep -qE 'Temporary failure resolving|Could not resolve|Network is unreachable|(Could not|Cannot|Unable to) (connect|initiate)|Connection (refused|timed out)' "$log"; then
+    elif grep -qE 'Temporary failure resolving|Could not resolve|Network is unreachable|(Could not|Cannot|Unable to) (connect|initiate)|Connection (refused|timed out)' "$@"; then
         echo "the network cannot be reached: connect this machine and run the command again"
-    elif grep -qE 'Permission denied|Read-only file system|Operation not permitted' "$log"; then
+    elif grep -qE 'Permission denied|Read-only file system|Operation not permitted' "$@"; then
         echo "a permission is missing"
     else
-        echo "the log's last lines are above"
+        echo "the end of its output is above"
     fi
 }
 
@@ -50,10 +49,9 @@ watch() {
     done
 }
 
-# run NAME COMMAND...: runs a step that has much to say.  Its output goes to build/log/NAME.log; here
-# appear a line now and then while it works, and its duration.  On failure: the end of the log, the
-# command and what to do.
-run() {
+# attempt NAME COMMAND...: runs a step that has much to say.  Its output goes to build/log/NAME.log;
+# here appear a line now and then while it works, and its duration.  Answers the command's status.
+attempt() {
     local name=$1 log=$logs/$1.log start=$SECONDS watcher status=0
     shift
     make_folder "$logs"
@@ -62,9 +60,17 @@ run() {
     "$@" > "$log" 2>&1 || status=$?
     kill "$watcher"
     wait "$watcher" 2> /dev/null || true
-    if ((status != 0)); then
-        tail -n 15 "$log" | sed 's/^/    /' >&2
-        fail "step \"$name\" failed: $(advice "$log") (command: $*; log: $log)"
-    fi
-    say "$name: done in $((SECONDS - start)) s"
+    ((status == 0)) && say "$name: done in $((SECONDS - start)) s"
+    return "$status"
+}
+
+# run NAME COMMAND...: the same, and on failure shows the end of the log, the command and what to do.
+# `earlier_log`, if set, is the log of a step which this one needs and which may have failed.
+run() {
+    local name=$1 log=$logs/$1.log
+    attempt "$@" && return
+    shift
+    tail -n 15 "$log" | sed 's/^/    /' >&2
+    fail "step \"$name\" failed: $(advice "$log" ${earlier_log:+"$earlier_log"})" \
+        "(command: $*; log: $log)"
 }

@@ -31,10 +31,14 @@ done > "$apt/sources.list.d/machine.list"
 
 options=(-q -o Dir::Etc::sourcelist=/dev/null -o "Dir::Etc::sourceparts=$apt/sources.list.d"
     -o "Dir::State::lists=$apt/lists" -o "Dir::Cache=$apt/cache")
-(run "source-lists" apt-get "${options[@]}" update) || say "going on without it"
+attempt "source-lists" apt-get "${options[@]}" update ||
+    say "some package lists could not be fetched; going on without them"
+earlier_log=$logs/source-lists.log
+release=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
 cd "$folder"
 # An archive is named after its source package.
-run "fetch-$name" apt-get "${options[@]}" source --download-only "${archive%%_*}"
+run "fetch-$name" apt-get "${options[@]}" ${release:+-t "$release"} \
+    source --download-only "${archive%%_*}"
 rm -rf "$apt"
 verified || fail "the source of $name is not the expected one: $folder/$archive differs from" \
     "$checksum"

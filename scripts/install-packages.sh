@@ -40,6 +40,8 @@ if [[ " ${missing[*]} " == *:i386\ * ]]; then
 fi
 say "installing packages: ${missing[*]}"
 # An index that cannot be fetched is no reason to stop: the packages may all be in the others.
-(run "package-lists" "${as_root[@]}" apt-get "${options[@]}" update) || say "going on without it"
+attempt "package-lists" "${as_root[@]}" apt-get "${options[@]}" update ||
+    say "some package lists could not be fetched; going on without them"
+earlier_log=$logs/package-lists.log
 run "packages" "${as_root[@]}" apt-get "${options[@]}" install --yes --no-install-recommends \
     ${release:+-t "$release"} "${missing[@]}"

@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# coverage.sh: runs the tests of build/coverage and reports which lines and branches of the library
+# they reach: a table here, the source in build/coverage/report/index.html.
+source "$(dirname -- "${BASH_SOURCE[0]}")/common.sh"
+cd "$root"
+
+find build/coverage -name '*.gcda' -delete
+ctest --preset coverage -j "$(nproc)" || fail "the tests fail: see above"
+mkdir -p build/coverage/report
+# What only an exception's way out of a call would reach is no branch of ours.
+gcovr --gcov-executable i686-w64-mingw32-gcov-posix --root . --filter tarvcore/ --filter tools/ \
+    --branches --exclude-throw-branches --exclude-unreachable-branches \
+    --txt --html-details build/coverage/report/index.html build/coverage ||
+    fail "the report cannot be made: see above"
