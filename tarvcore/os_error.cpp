@@ -109,6 +109,14 @@ SourceString dynamic_copy(const std::string& text) {
     return SourceString(text.data(), text.size());
 }
 
+// The library's own message of an errno value or the system's for that number; empty: neither.
+SourceString known_message(int value) {
+    if (const impl::ErrnoRow* row = impl::find_errno_row(value)) {
+        return SourceString(row->message, true);
+    }
+    return dynamic_copy(impl::system_message(static_cast<unsigned long>(value)));
+}
+
 template <class Number>
 ErrorCode numbered_code(const ErrorCode& family, Number number) {
     ErrorCode code(family);
@@ -133,13 +141,8 @@ ErrorInfo::Ptr ErrorInfo::from_errno(const SourceLocation& location, int value) 
 
 ErrorInfo::Ptr ErrorInfo::from_errno(const SourceLocation& location, Ptr nested, int value) {
     value = without_would_block(value);
-    SourceString message;
-    if (const impl::ErrnoRow* row = impl::find_errno_row(value)) {
-        message = SourceString(row->message, true);
-    } else {
-        message = dynamic_copy(impl::system_message(static_cast<unsigned long>(value)));
-        if (message.empty()) message = SourceString("Unknown error (errno={@errno})", true);
-    }
+    SourceString message = known_message(value);
+    if (message.empty()) message = SourceString("Unknown error (errno={@errno})", true);
     return create(ErrorCode::from_errno(value), std::move(message),
                   ErrorParams().add("errno", value), location, std::move(nested));
 }
@@ -178,11 +181,8 @@ ErrorInfo::Ptr ErrorInfo::create_with_nested_errno(const ErrorCode& code, Messag
 
 SourceString errno_message(int value) {
     value = without_would_block(value);
-    if (const impl::ErrnoRow* row = impl::find_errno_row(value)) {
-        return SourceString(row->message, true);
-    }
-    const std::string text = impl::system_message(static_cast<unsigned long>(value));
-    if (!text.empty()) return dynamic_copy(text);
+    SourceString message = known_message(value);
+    if (!message.empty()) return message;
     char unknown[40];
     std::snprintf(unknown, sizeof unknown, "Unknown error (errno=%d)", value);
     return SourceString(unknown);

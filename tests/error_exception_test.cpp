@@ -1,0 +1,205 @@
+// Faults to catch: a record lost, copied or freed twice on its way; the text cached across copies
+// or assignments; nothing thrown where something must be; the wrong class of exception recognised
+// first.
+
+#include "tarvcore/error_exception.h"
+
+#include <gtest/gtest.h>
+
+#include <ios>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "tarvcore/error_builder.h"
+#include "tarvcore/error_composer.h"
+#include "tarvcore/exception_types.h"
+#include "tests/support/allocations.h"
+
+TARVCORE_SOURCE_FILE("$Id: //tests/error_exception_test.cpp#1 $");
+
+namespace {
+
+using namespace tarvcore;
+using Ptr = ErrorInfo::Ptr;
+
+const SourceLocation here("here()", source_file_id, 7);
+const ErrorCode code("error.test.code", true);
+
+// The record that an operation throws; null if it throws none.
+template <class Operation>
+Ptr thrown_by(Operation operation) {
+    try {
+        operation();
+    } catch (const ErrorException& e) {
+        return e.error();
+    }
+    return {};
+}
+
+TEST(ErrorException, CarriesTheRecord) {
+    const Ptr record = ErrorInfo::create(code, "message", here);
+    EXPECT_EQ(thrown_by([&] { throw_error(record); }).get(), record.get());
+    EXPECT_EQ(thrown_by([&] { throw_if_error(record); }).get(), record.get());
+    EXPECT_EQ(thrown_by([&] { ErrorException(record).rethrow(); }).get(), record.get());
+    EXPECT_NO_THROW(throw_if_error(nullptr));
+    EXPECT_TRUE(record->has_unique_ref());
+
+    const ErrorException e(record);
+    EXPECT_TRUE(e.matches("error.test") && !e.matches("error.other"));
+    EXPECT_EQ(e.first_matching(ErrorCode("error")).get(), record.get());
+}
+
+TEST(ErrorException, ReplacesANullRecord) {
+    const Ptr record = ErrorException(nullptr).error();
+    EXPECT_EQ(record->code(), error::tarvcore);
+    EXPECT_EQ(record->message(), "Unknown error (NULL ErrorInfo pointer)");
+    EXPECT_EQ(record->location().function(), "tarvcore::ErrorException::ErrorException()");
+    EXPECT_EQ(record->location().file_path(), "//tarvcore/error_exception.cpp");
+    EXPECT_EQ(record->location().line(), 43u);
+}
+
+TEST(ErrorException, BuildsItsTextOnceForEachObject) {
+    const ErrorException e(ErrorInfo::create(ErrorCode("error.x"), "m", here));
+    const char* const text = e.what();
+    EXPECT_TRUE(std::string(text).starts_with("\nErrorCode:   error.x\nDescription: m"));
+    EXPECT_EQ(e.what(), text);
+    const ErrorException copy(e);
+    EXPECT_STREQ(copy.what(), text);
+    EXPECT_NE(copy.what(), text);
+
+    ErrorException assigned(ErrorInfo::create(ErrorCode("error.y"), "m", here));
+    EXPECT_NE(std::string(assigned.what()), text);
+    assigned = e;
+    EXPECT_STREQ(assigned.what(), text);
+    assigned = *&assigned;
+    EXPECT_STREQ(assigned.what(), text);
+}
+
+TEST(ErrorException, HasATextWithoutMemory) {
+    const ErrorException e(ErrorInfo::create(code, "message", here));
+    tarv_test::AllocationWatch watch;
+    for (int n = 0; n < 3; ++n) {
+        watch.fail_from(n);
+        EXPECT_STREQ(e.what(), "tarvcore::ErrorException");
+    }
+    watch.fail_none();
+    EXPECT_TRUE(std::string(e.what()).starts_with("\nErrorCode:"));
+}
+
+TEST(ErrorException, ThrowingFunctionsPutThePartsInPlace) {
+    const Ptr nested = ErrorInfo::create(ErrorCode("error.nested"), "n", here);
+    const Ptr full = thrown_by([&] {
+        throw_error(code, SourceString("m"), ErrorParams().add("p", 1), here, nested,
+                    SourceString("host"));
+    });
+    EXPECT_EQ(full->params().get_value("p", 1), "1");
+    EXPECT_EQ(full->nested().get(), nested.get());
+    EXPECT_EQ(full->hostname(), "host");
+    EXPECT_EQ(thrown_by([&] { throw_error(code, "m", here, nested); })->nested().get(),
+              nested.get());
+
+    EXPECT_EQ(thrown_by([] { throw_errno(here, 13); })->code(), error::errno_EACCES);
+    EXPECT_EQ(thrown_by([] { throw_winerror(here, 2, false); })->code(), error::errno_ENOENT);
+    const Ptr with_errno =
+        thrown_by([] { throw_with_nested_errno(code, "m", ErrorParams().add("p", 2), here, 28); });
+    EXPECT_EQ(with_errno->nested()->code(), error::errno_ENOSPC);
+    EXPECT_EQ(with_errno->params().size(), 1u);
+    EXPECT_EQ(thrown_by([] { throw_with_nested_winerror(code, "m", here, 5, true); })
+                  ->nested()
+                  ->nested()
+                  ->code(),
+              "error.os.windows.5");
+    EXPECT_EQ(
+        thrown_by([] { throw_with_nested_exception(code, "m", here, std::out_of_range("why")); })
+            ->nested()
+            ->message(),
+        "why");
+    EXPECT_EQ(thrown_by([] { impl::raise_embedded_nul_error(); })->message(),
+              "String contains embedded NUL character and cannot be converted to a 'C'-string");
+}
+
+TEST(ErrorComposer, MakesStoresAndThrows) {
+    ErrorComposer composer("m {@p}");
+    composer.param("p", "v").param("q1", 1, "w", 1);
+    const Ptr created = composer.create(code, here);
+    EXPECT_EQ(created->expanded_message().as_string(), "m v");
+    EXPECT_EQ(composer.create_with_nested_exception(code, here, std::bad_alloc())->nested()->code(),
+              error::exception_badAlloc);
+
+    Ptr stored = created;
+    ErrorComposer copy(composer);
+    copy.create_transfer_with_nested_winerror(&stored, code, here, 1234, false);
+    EXPECT_EQ(stored->params().get_value("q", 1), "w");
+    EXPECT_EQ(stored->nested()->code(), error::errno_EINVAL);
+    EXPECT_TRUE(created->has_unique_ref()) << "the old record was released";
+
+    EXPECT_EQ(
+        thrown_by([&] { composer.create_transfer(nullptr, code, here, stored); })->nested().get(),
+        stored.get());
+    EXPECT_EQ(thrown_by([] {
+                  ErrorComposer("m").message("other").params({}).throw_with_nested_errno(code, here,
+                                                                                         2);
+              })->message(),
+              "other");
+}
+
+TEST(ErrorBuilder, TurnsItsTextIntoATemplate) {
+    ErrorBuilder builder;
+    builder << "line " << 12 << " {@nativeCode} {@other}";
+    const Ptr plain = builder.create(code, here);
+    EXPECT_EQ(plain->message(), "line 12 {@nativeCode} {@other}");
+    EXPECT_TRUE(plain->params().empty());
+    EXPECT_TRUE(builder.create(code, here, 0L)->params().empty());
+    const Ptr numbered = thrown_by([&] { builder.throw_error(code, here, -5L, plain); });
+    EXPECT_EQ(numbered->expanded_message().as_string(), "line 12 -5 {@other}");
+    EXPECT_EQ(numbered->native_code(), -5);
+    EXPECT_EQ(numbered->nested().get(), plain.get());
+    EXPECT_EQ(
+        thrown_by([&] { builder.throw_with_nested_errno(code, here, 10035); })->nested()->code(),
+        error::errno_EAGAIN);
+}
+
+struct Unknown : std::exception {
+    const char* what() const noexcept override { return "unknown"; }
+};
+
+TEST(FromException, KnowsTheMostDerivedStandardClass) {
+    const auto code_of = [](const std::exception& e) {
+        return ErrorInfo::from_exception(e, here)->code().as_string();
+    };
+    EXPECT_EQ(code_of(std::bad_alloc()), "error.exception.bad_alloc");
+    EXPECT_EQ(code_of(std::bad_array_new_length()), "error.exception.bad_alloc");
+    EXPECT_EQ(code_of(std::bad_cast()), "error.exception.bad_cast");
+    EXPECT_EQ(code_of(std::domain_error("")), "error.exception.logic_error.domain_error");
+    EXPECT_EQ(code_of(std::invalid_argument("")), "error.exception.logic_error.invalid_argument");
+    EXPECT_EQ(code_of(std::length_error("")), "error.exception.logic_error.length_error");
+    EXPECT_EQ(code_of(std::out_of_range("")), "error.exception.logic_error.out_of_range");
+    EXPECT_EQ(code_of(std::logic_error("")), "error.exception.logic_error");
+    EXPECT_EQ(code_of(std::range_error("")), "error.exception.runtime_error.range_error");
+    EXPECT_EQ(code_of(std::overflow_error("")), "error.exception.runtime_error.overflow_error");
+    EXPECT_EQ(code_of(std::underflow_error("")), "error.exception.runtime_error.underflow_error");
+    EXPECT_EQ(code_of(std::ios_base::failure("")), "error.exception.runtime_error");
+    EXPECT_EQ(code_of(WeakRefPromoteException()), "error.exception.weakRefPromoteException");
+    EXPECT_EQ(code_of(Unknown()), "error.exception");
+}
+
+TEST(FromException, NamesTypesAndKeepsRecords) {
+    const Ptr unknown = ErrorInfo::from_exception(Unknown(), here);
+    EXPECT_EQ(unknown->message(), "unknown");
+    EXPECT_EQ(unknown->location(), here);
+    EXPECT_EQ(unknown->params().get_value("classname", 9), "(anonymous namespace)::Unknown");
+
+    const Ptr cast = ErrorInfo::from_exception(
+        BadLexicalCast(typeid(const char*), typeid(unsigned long long)), here);
+    EXPECT_EQ(cast->code(), error::exception_badCast_badLexicalCast);
+    EXPECT_EQ(cast->expanded_message().as_string(),
+              "Bad lexical cast: Unable to convert value of type 'char const*' to 'unsigned long "
+              "long'");
+
+    const Ptr record = ErrorInfo::create(code, "own", here);
+    EXPECT_EQ(ErrorInfo::from_exception(ErrorException(record), here).get(), record.get());
+}
+
+}  // namespace

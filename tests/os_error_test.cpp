@@ -1,0 +1,170 @@
+// Faults to catch: a row of either table off by one; the nesting of the Windows record; the socket
+// number that stands for EAGAIN; fallbacks where the system has no text.
+
+#include "tarvcore/os_error.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <map>
+#include <sstream>
+#include <string>
+
+#include "tarvcore/error_code_constants.h"
+#include "tarvcore/error_info.h"
+
+TARVCORE_SOURCE_FILE("$Id: //tests/os_error_test.cpp#1 $");
+
+namespace {
+
+using namespace tarvcore;
+using Ptr = ErrorInfo::Ptr;
+
+const SourceLocation here("here()", source_file_id, 7);
+
+TEST(ErrnoRecord, NamesEveryKnownValue) {
+    // The values that have names, by a table of the names alone.
+    const char* const from_1 =
+        "EPERM ENOENT ESRCH EINTR EIO ENXIO E2BIG ENOEXEC EBADF ECHILD EAGAIN ENOMEM EACCES EFAULT "
+        "- EBUSY EEXIST EXDEV ENODEV ENOTDIR EISDIR EINVAL ENFILE EMFILE ENOTTY - EFBIG ENOSPC "
+        "ESPIPE EROFS EMLINK EPIPE EDOM ERANGE - EDEADLK - ENAMETOOLONG ENOLCK ENOSYS ENOTEMPTY "
+        "EILSEQ";
+    const char* const from_10035 =
+        "EAGAIN EINPROGRESS EALREADY ENOTSOCK EDESTADDRREQ EMSGSIZE EPROTOTYPE ENOPROTOOPT "
+        "EPROTONOSUPPORT ESOCKTNOSUPPORT EOPNOTSUPP EPFNOSUPPORT EAFNOSUPPORT EADDRINUSE "
+        "EADDRNOTAVAIL ENETDOWN ENETUNREACH ENETRESET ECONNABORTED ECONNRESET ENOBUFS EISCONN "
+        "ENOTCONN ESHUTDOWN ETOOMANYREFS ETIMEDOUT ECONNREFUSED ELOOP - EHOSTDOWN EHOSTUNREACH - "
+        "EPROCLIM EUSERS EDQUOT ESTALE EREMOTE";
+    std::map<int, std::string> names = {{137, "ETIME"}};
+    for (const auto& [first, list] : {std::pair{1, from_1}, {10035, from_10035}}) {
+        std::istringstream is(list);
+        int value = first;
+        for (std::string name; is >> name; ++value) {
+            if (name != "-") names[value] = name;
+        }
+    }
+    EXPECT_EQ(names.size(), 38u + 1u + 35u);
+    for (int value = -2; value < 11000; ++value) {
+        const auto name = names.find(value);
+        const ErrorCode code = ErrorCode::from_errno(value);
+        if (name != names.end()) {
+            EXPECT_EQ(code.as_string(), "error.errno." + name->second) << value;
+            EXPECT_TRUE(code.as_source_string().is_reference()) << value;
+            EXPECT_GT(errno_message(value).size(), 4u) << value;
+        } else if (value != 0) {
+            EXPECT_EQ(code.as_string(), "error.errno." + std::to_string(value));
+        }
+    }
+}
+
+TEST(ErrnoRecord, HasMessageAndNumber) {
+    const Ptr again = ErrorInfo::from_errno(here, 10035);
+    EXPECT_EQ(again->code(), error::errno_EAGAIN);
+    EXPECT_EQ(again->params().get_value("errno", 5), "11");
+
+    const Ptr busy = ErrorInfo::from_errno(here, 16);
+    EXPECT_EQ(busy->message(), "Device or resource busy ");
+    const Ptr none = ErrorInfo::from_errno(here, 0);
+    EXPECT_TRUE(none->code().empty());
+    EXPECT_EQ(none->message(), "No Error");
+
+    const Ptr unknown = ErrorInfo::from_errno(here, busy, 9999999);
+    EXPECT_EQ(unknown->code(), "error.errno.9999999");
+    EXPECT_EQ(unknown->message(), "Unknown error (errno={@errno})");
+    EXPECT_EQ(unknown->expanded_message().as_string(), "Unknown error (errno=9999999)");
+    EXPECT_EQ(errno_message(9999999), "Unknown error (errno=9999999)");
+    EXPECT_EQ(unknown->nested().get(), busy.get());
+    EXPECT_EQ(unknown->native_code(), 9999999);
+
+    // 50 has no name here, but a text in the system.
+    EXPECT_EQ(ErrorInfo::from_errno(here, 50)->message(), errno_message(50));
+    EXPECT_EQ(errno_message(50).as_string_view().find("Unknown"), std::string_view::npos);
+}
+
+TEST(WinerrorRecord, NestsTheWindowsRecordWhereAsked) {
+    const Ptr cause = ErrorInfo::from_errno(here, 1);
+    const Ptr dropped = ErrorInfo::from_winerror(here, cause, 5, false);
+    EXPECT_EQ(dropped->code(), error::errno_EACCES);
+    EXPECT_EQ(dropped->nested().get(), cause.get());
+
+    const Ptr kept = ErrorInfo::from_winerror(here, cause, 5, true);
+    EXPECT_EQ(kept->code(), error::errno_EACCES);
+    EXPECT_EQ(kept->nested()->code(), "error.os.windows.5");
+    EXPECT_EQ(kept->nested()->params().get_value("winErrorCode", 12), "5");
+    EXPECT_EQ(kept->nested()->nested().get(), cause.get());
+
+    for (const bool keep : {false, true}) {
+        const Ptr unmapped = ErrorInfo::from_winerror(here, 1234, keep);
+        EXPECT_EQ(unmapped->code(), error::errno_EINVAL);
+        EXPECT_EQ(unmapped->nested()->code(), "error.os.windows.1234");
+        EXPECT_TRUE(unmapped->nested()->nested().is_null());
+    }
+    EXPECT_EQ(ErrorInfo::from_winerror_nomap(here, {}, 4294967295u)->code(),
+              "error.os.windows.4294967295");
+}
+
+TEST(WinerrorRecord, TakesTheSystemsTextWithoutItsTail) {
+    const std::string text = ErrorInfo::from_winerror_nomap(here, {}, 5)->message().as_string();
+    ASSERT_FALSE(text.empty());
+    EXPECT_EQ(text.find_first_of("\r\n\t"), std::string::npos) << text;
+    EXPECT_NE(text.back(), ' ');
+}
+
+// Written from the rows of the mapping, by errno value.
+TEST(ErrnoFromWinerror, MapsEveryCode) {
+    std::map<unsigned, int> expected;
+    const struct {
+        int value;
+        std::initializer_list<unsigned> codes;
+    } rows[] = {
+        {22, {1, 12, 13, 22, 25, 27, 87, 131}},
+        {2, {2, 3, 15, 18, 20, 53, 67, 158, 161, 206}},
+        {24, {4, 36}},
+        {13, {5, 16, 65, 82, 83, 10013}},
+        {9, {6, 114, 130}},
+        {12, {7, 8, 9, 14, 1816}},
+        {7, {10, 24}},
+        {8, {11, 188, 189, 190, 191, 192, 193, 194, 195, 196, 197, 198, 199, 200, 201, 202}},
+        {18, {17}},
+        {30, {19}},
+        {11, {21, 28, 89, 164, 215, 10035}},
+        {42, {23}},
+        {1, {29, 30, 32, 33, 167}},
+        {28, {39, 112}},
+        {17, {80, 183}},
+        {16, {108, 170}},
+        {32, {109}},
+        {137, {121}},
+        {10, {128, 129}},
+        {29, {132}},
+        {41, {145}},
+        {38, {10063}},
+    };
+    for (const auto& [value, codes] : rows) {
+        for (const unsigned code : codes)
+            expected[code] = value;
+    }
+    for (unsigned code = 10036; code <= 10071; ++code) {
+        if (code != 10063 && code != 10066) expected[code] = static_cast<int>(code);
+    }
+    for (unsigned code = 0; code < 70'000; ++code) {
+        const auto row = expected.find(code);
+        ASSERT_EQ(errno_from_winerror(code), row == expected.end() ? 0 : row->second) << code;
+    }
+    EXPECT_EQ(errno_from_winerror(0xFFFFFFFF), 0);
+    EXPECT_EQ(errno_from_winerror(0x00010005), 0) << "only the low half fits a row";
+}
+
+TEST(SetErrno, StoresBothNumbers) {
+    EXPECT_EQ(set_errno_from_winerror(5), 13);
+    EXPECT_EQ(errno, 13);
+    EXPECT_EQ(_doserrno, 5u);
+    EXPECT_EQ(set_errno(10035), 11);
+    EXPECT_EQ(errno, 11);
+    EXPECT_EQ(_doserrno, 0u);
+    EXPECT_EQ(set_errno_from_winerror(1234), 22);
+    EXPECT_EQ(_doserrno, 1234u);
+}
+
+}  // namespace
