@@ -47,6 +47,11 @@ public:
     // of its most derived standard class below error::exception, and its `what()` as message.
     static Ptr from_exception(const std::exception& e, const SourceLocation& where);
 
+    // For a `catch (...)` block: the record of an exception of unknown type, with the processor's
+    // registers, the return addresses and the top of the stack at the place of the call, and the
+    // process and thread, as parameters.
+    static Ptr from_anonymous_exception(const SourceLocation& where);
+
     // The record of an errno value: code and message by its name, parameter "errno".  10035 (a
     // socket operation would block) counts as EAGAIN.  A value without a name has the system's
     // message for the number.
