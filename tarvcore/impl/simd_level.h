@@ -1,0 +1,19 @@
+// Which instructions above the baseline the library uses.
+#pragma once
+
+#include "tarvcore/config.h"
+
+namespace tarvcore::impl {
+
+// Each level has the instructions of those before it.  The baseline is SSE2.
+enum class SimdLevel { sse2, ssse3, sse41, avx2 };
+
+// The highest level that processor and operating system have, looked up once; or what
+// `force_simd_level` has set.  Everything that has code above the baseline chooses by it.
+TARVCORE_API SimdLevel simd_level() noexcept;
+
+// Makes `simd_level` answer a lower level, so that tests reach every path: a level above what the
+// machine has is lowered to that.  Not for use while other threads convert.
+TARVCORE_API void force_simd_level(SimdLevel level) noexcept;
+
+}  // namespace tarvcore::impl
