@@ -22,6 +22,7 @@ rm -rf "$cache"/*.partial
 work=$location.partial
 trap 'rm -rf "$work"' EXIT
 make_folder "$work"
+need_room "$work" 300
 
 say "building $name, once for this machine (minutes)"
 "$root/scripts/fetch-source.sh" "$name" "$cache"

@@ -6,10 +6,8 @@ shift
 
 cd "$root"
 make_folder "$logs"
+[[ -e build/$preset ]] || need_room "$logs" 1000
 log=$logs/configure-$preset.log
-cmake --preset "$preset" > "$log" 2>&1 || {
-    tail -n 15 "$log" | sed 's/^/    /' >&2
-    fail "configuring failed: $(advice "$log") (command: cmake --preset $preset; log: $log)"
-}
+cmake --preset "$preset" > "$log" 2>&1 || explain "configuring" "cmake --preset $preset" "$log"
 NINJA_STATUS="[%f/%t, %es] " cmake --build --preset "$preset" ${1:+--target "$@"} ||
     fail "building failed: see above (command: cmake --build --preset $preset)"

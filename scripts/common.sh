@@ -22,30 +22,51 @@ make_folder() {
     why=$(mkdir -p -- "$1" 2>&1) && [[ -w $1 ]] && return
     case $why in
         *"No space left"*) fail "the disk is full: cannot create $1" ;;
-        *) fail "cannot write to $1: give this user the right to," \
-                "or let XDG_CACHE_HOME name another folder for the cache" ;;
+        *) fail "cannot write to $1: this user needs the right to" \
+                "(for the cache, XDG_CACHE_HOME may name another folder)" ;;
     esac
 }
 
-# advice LOG...: what a person can do about the failure that the logs tell of.
+# need_room FOLDER MEGABYTES: fails if the disk has not that much left.  Asked before a long step:
+# some programs try for ever to write to a full disk.
+need_room() {
+    local free
+    free=$(df --output=avail --block-size=1M "$1" | tail -n 1)
+    ((free >= $2)) || fail "the disk is full: $1 needs $2 MB more, and has $((free)) MB"
+}
+
+# advice LOG...: what a person can do about the failure that the logs tell of; fails if that is not
+# known.
 advice() {
     if grep -qE 'No space left on device|Disk quota exceeded' "$@"; then
         echo "the disk is full: make room and run the command again"
     elif grep -qE 'Temporary failure resolving|Could not resolve|Network is unreachable|(Could not|Cannot|Unable to) (connect|initiate)|Connection (refused|timed out)' "$@"; then
         echo "the network cannot be reached: connect this machine and run the command again"
     elif grep -qE 'Permission denied|Read-only file system|Operation not permitted' "$@"; then
-        echo "a permission is missing"
+        echo "a permission is missing, see above"
+        return 1
     else
         echo "the end of its output is above"
+        return 1
     fi
+}
+
+# explain STEP COMMAND LOG...: ends the script because of a failed step.  Shows the end of the log
+# only where it must speak for itself.
+explain() {
+    local step=$1 command=$2 advice
+    shift 2
+    advice=$(advice "$@") || tail -n 15 "$1" | sed 's/^/    /' >&2
+    fail "$step failed: $advice (command: $command; log: $1)"
 }
 
 # watch START LOG: says now and then how far a step is.
 watch() {
-    local start=$1 log=$2
+    local start=$1 log=$2 next=10
     while sleep 1 > /dev/null 2>&1 && kill -0 $$ 2> /dev/null; do
-        (((SECONDS - start) % 10)) || printf '    %4d s: %.90s\n' $((SECONDS - start)) \
-            "$(tail -n 1 "$log" | tr -d '\r')" >&2
+        ((SECONDS - start >= next)) || continue
+        printf '    %4d s: %.90s\n' "$next" "$(tail -n 1 "$log" | tr -d '\r')" >&2
+        next=$((next + 10))
     done
 }
 
@@ -70,7 +91,5 @@ run() {
     local name=$1 log=$logs/$1.log
     attempt "$@" && return
     shift
-    tail -n 15 "$log" | sed 's/^/    /' >&2
-    fail "step \"$name\" failed: $(advice "$log" ${earlier_log:+"$earlier_log"})" \
-        "(command: $*; log: $log)"
+    explain "$name" "$*" "$log" ${earlier_log:+"$earlier_log"}
 }

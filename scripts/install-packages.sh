@@ -25,8 +25,8 @@ as_root=()
 if ((EUID != 0)); then
     as_root=(sudo -n)
     sudo -n true 2> /dev/null ||
-        fail "packages are missing, and installing them needs root; once, as root:" \
-             "apt-get install ${missing[*]}"
+        fail "packages are missing (${missing[*]}), and installing them needs root;" \
+             "run once as root: $root/scripts/install-packages.sh $*"
 fi
 as_root+=(env DEBIAN_FRONTEND=noninteractive)
 
