@@ -2,7 +2,7 @@
 # behaviour checker and the standard library's assertions.
 #
 #   tarvcore_checkers   what a program links; its code is in tests/checked
-target_compile_definitions(tarvcore_options INTERFACE _GLIBCXX_ASSERTIONS)
+target_compile_definitions(tarvcore_options INTERFACE TARVCORE_STATIC _GLIBCXX_ASSERTIONS)
 
 # The shadow's offset is that of address_checker.cpp.  Tests of the shadow in line are fast but bloat
 # the code: up to this number of accesses in a function.

@@ -5,8 +5,6 @@
 
 #include <windows.h>
 
-// operator new and delete of all modules are those of the C++ runtime, which calls the C runtime's
-// malloc and free through its import table.  The watch puts its own functions there.
 namespace tarv_test {
 namespace {
 
@@ -21,8 +19,14 @@ constexpr int never = -1;
 
 State state = {0, 0, 0, never};
 
+#if defined(TARVCORE_STATIC)
+// The checkers' heap, which the linker puts in the C runtime's place.
+constexpr auto real_malloc = &std::malloc;
+constexpr auto real_free = &std::free;
+#else
 decltype(&std::malloc) real_malloc;
 decltype(&std::free) real_free;
+#endif
 
 bool watched() {
     return state.thread != 0 && state.thread == GetCurrentThreadId();
@@ -41,6 +45,16 @@ void watching_free(void* block) {
     if (watched() && block != nullptr) --state.live;
     real_free(block);
 }
+
+#if defined(TARVCORE_STATIC)
+
+// The operators below are the program's only ones.
+void install_once() {}
+
+#else
+
+// operator new and delete of all modules are those of the C++ runtime, which calls the C runtime's
+// malloc and free through its import table.  The watch puts its own functions there.
 
 // The place in a module's import table that holds the address of a C runtime function.
 void** import_slot(HMODULE module, const char* function) {
@@ -79,12 +93,12 @@ Function replace_import(HMODULE module, const char* name, Function replacement) 
 
 void install_once() {
     if (real_malloc != nullptr) return;
-    // Linked statically, the C++ runtime is part of the program.
-    HMODULE runtime = GetModuleHandleW(L"libstdc++-6.dll");
-    if (runtime == nullptr) runtime = GetModuleHandleW(nullptr);
+    const HMODULE runtime = GetModuleHandleW(L"libstdc++-6.dll");
     real_free = replace_import(runtime, "free", &watching_free);
     real_malloc = replace_import(runtime, "malloc", &watching_malloc);
 }
+
+#endif
 
 }  // namespace
 
@@ -114,3 +128,17 @@ void AllocationWatch::fail_none() {
 }
 
 }  // namespace tarv_test
+
+#if defined(TARVCORE_STATIC)
+void* operator new(std::size_t size) {
+    void* block = tarv_test::watching_malloc(size);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
+}
+void operator delete(void* block) noexcept {
+    tarv_test::watching_free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    tarv_test::watching_free(block);
+}
+#endif
