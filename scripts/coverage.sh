@@ -10,5 +10,5 @@ mkdir -p build/coverage/report
 # What only an exception's way out of a call would reach is no branch of ours.
 gcovr --gcov-executable i686-w64-mingw32-gcov-posix --root . --filter tarvcore/ --filter tools/ \
     --branches --exclude-throw-branches --exclude-unreachable-branches \
-    --txt --html-details build/coverage/report/index.html build/coverage ||
+    --txt --print-summary --html-details build/coverage/report/index.html build/coverage ||
     fail "the report cannot be made: see above"
