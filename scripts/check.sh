@@ -25,12 +25,12 @@ mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h' | sort)
 mapfile -t scripts < <(grep -lE '^#!.*bash' -r scripts .ci tarv)
 
 exports_are_listed() { scripts/exports.sh | diff -u cmake/exports.txt -; }
-links_resolve() { python3 scripts/check_docs.py; }
 
 check "format" "clang-format -i the files named" clang-format --dry-run -Werror "${sources[@]}"
 check "layers" "see cmake/layers.txt" python3 scripts/check_layers.py
+check "picture of the layers" "scripts/draw_layers.py" python3 scripts/draw_layers.py --check
 check "shell scripts" "shellcheck" shellcheck --external-sources --source-path=scripts "${scripts[@]}"
-check "documents' links" "mend the links named" links_resolve
+check "documents' links" "mend the links named" python3 scripts/check_docs.py
 check "headers, and layers without those above" "see above" \
     scripts/build.sh release header_checks layer_links tarvcore
 check "exported symbols" "if the change is meant: make exports" exports_are_listed
