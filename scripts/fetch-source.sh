@@ -10,7 +10,7 @@ read -r _ archive < "$checksum"
 
 verified() { (cd "$folder" && sha256sum --quiet --check "$checksum"); }
 
-[[ -e $folder/$archive ]] && verified 2> /dev/null && exit 0
+[[ -e $folder/$archive ]] && verified &> /dev/null && exit 0
 
 # The machine's sources name its packages; the same places, asked for source packages.  Both forms
 # exist: stanzas (*.sources) and lines (*.list).
@@ -40,5 +40,5 @@ cd "$folder"
 run "fetch-$name" apt-get "${options[@]}" ${release:+-t "$release"} \
     source --download-only "${archive%%_*}"
 rm -rf "$apt"
-verified || fail "the source of $name is not the expected one: $folder/$archive differs from" \
+verified &> /dev/null || fail "the source of $name is not the expected one: $folder/$archive differs from" \
     "$checksum"
