@@ -9,7 +9,7 @@
 
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_info.h"
-#include "tarvcore/impl/unicode_codec.h"
+#include "tarvcore/impl/unicode_kernels.h"
 #include "tarvcore/streamers.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/anonymous_exception.cpp#1 $");

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tarvcore/impl/unicode_codec.h"
+#include "tarvcore/impl/unicode_kernels.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/streamers.cpp#1 $");
 

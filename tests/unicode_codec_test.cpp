@@ -7,32 +7,12 @@
 
 #include <string>
 
+#include "tests/support/unicode_oracle.h"
+
 namespace {
 
 using namespace tarvcore::impl;
-
-// RFC 2279's table, built bit by bit.
-std::string oracle_utf8(std::uint32_t c) {
-    if (c < 0x80) return std::string(1, static_cast<char>(c));
-    const int payload_bits[] = {11, 16, 21, 26, 31};
-    for (int continuation = 1; continuation <= 5; ++continuation) {
-        if (c >> payload_bits[continuation - 1] != 0) continue;
-        std::string text;
-        for (int i = 0; i < continuation; ++i) {
-            text.insert(text.begin(), static_cast<char>(0x80 + (c >> (6 * i)) % 64));
-        }
-        const int lead_mark = 0x100 - (0x80 >> continuation);
-        text.insert(text.begin(),
-                    static_cast<char>(lead_mark + static_cast<int>(c >> (6 * continuation))));
-        return text;
-    }
-    return {};
-}
-
-bool oracle_allowed(std::uint32_t c) {
-    const bool surrogate = c / 0x800 == 0x1B;
-    return !surrogate && c != 0xFEFF && c != 0xFFFE && c != 0xFFFF && c < 0x80000000;
-}
+using namespace tarv_test;
 
 TEST(UnicodeCodec, EncodesEveryCodePointOfUnicodeAndTheBoundariesAbove) {
     const auto check = [](std::uint32_t c) {

@@ -5,7 +5,7 @@
 #include <windows.h>
 
 #include "tarvcore/config.h"
-#include "tarvcore/impl/unicode_codec.h"
+#include "tarvcore/impl/unicode_kernels.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/system_message.cpp#1 $");
 

@@ -1,0 +1,146 @@
+#include "tarvcore/impl/unicode_kernels.h"
+
+#include <algorithm>
+
+#include "tarvcore/impl/unicode_codec.h"
+
+TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/unicode_kernels.cpp#1 $");
+
+namespace tarvcore::impl {
+namespace {
+
+// Encodings as sources and as destinations.
+
+struct Utf8 {
+    using Unit = char;
+    static DecodedCharacter decode(const char* source, unsigned length) {
+        return decode_utf8(source, length);
+    }
+    static unsigned units(std::uint32_t c) { return utf8_units(c); }
+    static void encode(std::uint32_t c, char* destination) { encode_utf8(c, destination); }
+};
+
+struct Utf16 {
+    using Unit = Utf16Unit;
+    static DecodedCharacter decode(const Utf16Unit* source, unsigned length) {
+        return decode_utf16(source, length);
+    }
+    static unsigned units(std::uint32_t c) { return utf16_units(c); }
+    static void encode(std::uint32_t c, Utf16Unit* destination) { encode_utf16(c, destination); }
+};
+
+struct Ucs4 {
+    using Unit = std::uint32_t;
+    static DecodedCharacter decode(const std::uint32_t* source, unsigned length) {
+        return decode_ucs4(source, length);
+    }
+    static unsigned units(std::uint32_t) { return 1; }
+    static void encode(std::uint32_t c, std::uint32_t* destination) { *destination = c; }
+};
+
+template <class Source, class Destination, bool counting>
+Progress convert(const typename Source::Unit* source, unsigned length,
+                 typename Destination::Unit* destination, unsigned capacity) {
+    unsigned read = 0;
+    unsigned written = 0;
+    while (read < length) {
+        const DecodedCharacter decoded = Source::decode(source + read, length - read);
+        if (decoded.units == 0) return {read, written, ConversionStatus::invalid};
+        const unsigned units = Destination::units(decoded.code_point);
+        if (units == 0) return {read, written, ConversionStatus::unencodable};
+        if (units > capacity - written) return {read, written, ConversionStatus::full};
+        if constexpr (!counting) Destination::encode(decoded.code_point, destination + written);
+        read += decoded.units;
+        written += units;
+    }
+    return {read, written, ConversionStatus::done};
+}
+
+template <class Source, class Destination>
+Progress convert_or_count(const typename Source::Unit* source, unsigned length,
+                          typename Destination::Unit* destination, unsigned capacity) {
+    return destination == nullptr
+               ? convert<Source, Destination, true>(source, length, destination, capacity)
+               : convert<Source, Destination, false>(source, length, destination, capacity);
+}
+
+}  // namespace
+
+Progress convert_utf8_to_utf16(const char* source, unsigned length, Utf16Unit* destination,
+                               unsigned capacity) {
+    return convert_or_count<Utf8, Utf16>(source, length, destination, capacity);
+}
+
+Progress convert_utf8_to_ucs4(const char* source, unsigned length, std::uint32_t* destination,
+                              unsigned capacity) {
+    return convert_or_count<Utf8, Ucs4>(source, length, destination, capacity);
+}
+
+Progress convert_utf16_to_utf8(const Utf16Unit* source, unsigned length, char* destination,
+                               unsigned capacity) {
+    return convert_or_count<Utf16, Utf8>(source, length, destination, capacity);
+}
+
+Progress convert_ucs4_to_utf8(const std::uint32_t* source, unsigned length, char* destination,
+                              unsigned capacity) {
+    return convert_or_count<Ucs4, Utf8>(source, length, destination, capacity);
+}
+
+unsigned valid_utf8_prefix(const char* text, unsigned length) {
+    return convert<Utf8, Ucs4, true>(text, length, nullptr, 0xFFFFFFFF).read;
+}
+
+Utf8Fault utf8_fault(const char* text, unsigned length) {
+    const auto byte = [text](unsigned i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned units = utf8_sequence_length(text[0]);
+    if (units < 2) return Utf8Fault::first_byte;
+    if (units > length) return Utf8Fault::partial;
+
+    // A form that is too long shows in the first two bytes, except with three bytes.  It is named
+    // before a bad byte in the sequence, except with three bytes again: meant, and users see it.
+    if (byte(0) == 0xC0 || byte(0) == 0xC1) return Utf8Fault::overlong;
+    const unsigned least_second = 0x100u >> units | 0x80;
+    if (units > 3 && byte(0) == (0xFF00u >> units & 0xFF) && byte(1) < least_second) {
+        return Utf8Fault::overlong;
+    }
+    for (unsigned i = 1; i < units; ++i) {
+        if (!is_utf8_continuation(text[i])) return Utf8Fault::subsequent_byte;
+    }
+    switch (const unsigned c =
+                (byte(0) & 0xFu) << 12 | (byte(1) & 0x3Fu) << 6 | (byte(2) & 0x3Fu)) {
+        case 0xFFFE:
+            return Utf8Fault::u_fffe;
+        case 0xFEFF:
+            return Utf8Fault::u_feff;
+        case 0xFFFF:
+            return Utf8Fault::u_ffff;
+        default:
+            return c < 0x800 ? Utf8Fault::overlong : Utf8Fault::surrogate;
+    }
+}
+
+std::string utf16_to_utf8_replacing(const wchar_t* text, unsigned length, char replacement,
+                                    unsigned enough) {
+    constexpr unsigned bytes_per_unit = 3;
+    constexpr unsigned longest_character = 4;
+    // A character that does not fit any more proves that there is enough.
+    const std::uint64_t room =
+        std::min(std::uint64_t{length} * bytes_per_unit, std::uint64_t{enough} + longest_character);
+    std::string utf8(static_cast<std::size_t>(room), '\0');
+    const auto* source = reinterpret_cast<const Utf16Unit*>(text);
+    unsigned read = 0;
+    unsigned written = 0;
+    for (;;) {
+        const Progress progress = convert_utf16_to_utf8(
+            source + read, length - read, utf8.data() + written, utf8.size() - written);
+        read += progress.read;
+        written += progress.written;
+        if (progress.status != ConversionStatus::invalid || written == utf8.size()) break;
+        utf8[written++] = replacement;
+        read += utf16_units_to_skip(source + read, length - read);
+    }
+    utf8.resize(written);
+    return utf8;
+}
+
+}  // namespace tarvcore::impl

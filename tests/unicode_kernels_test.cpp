@@ -1,0 +1,230 @@
+// Faults to catch: a byte read or written beyond the end; paths above the baseline that answer
+// anything else than the baseline; a bad character missed where blocks meet; counts that differ
+// from what is written; a character put into room it does not fit.
+
+#include "tarvcore/impl/unicode_kernels.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "tarvcore/impl/simd_level.h"
+#include "tests/support/guarded_memory.h"
+#include "tests/support/trials.h"
+#include "tests/support/unicode_oracle.h"
+
+namespace {
+
+using namespace tarvcore::impl;
+using namespace tarv_test;
+
+constexpr SimdLevel levels[] = {SimdLevel::sse2, SimdLevel::ssse3, SimdLevel::sse41,
+                                SimdLevel::avx2};
+
+class UnicodeKernels : public testing::Test {
+protected:
+    ~UnicodeKernels() override { force_simd_level(SimdLevel::avx2); }
+
+    const GuardedMemory source_memory_{1 << 16};
+    const GuardedMemory destination_memory_{1 << 18};
+};
+
+// Room for a text right in front of a guard, and a text put there.
+template <class T>
+T* last(const GuardedMemory& memory, std::size_t count) {
+    return reinterpret_cast<T*>(memory.before_guard(static_cast<unsigned>(count * sizeof(T))));
+}
+template <class T>
+const T* put(const GuardedMemory& memory, const std::vector<T>& text) {
+    T* const begin = last<T>(memory, text.size());
+    std::copy(text.begin(), text.end(), begin);
+    return begin;
+}
+
+// One conversion under any name.
+Progress run(const char* source, unsigned length, std::uint16_t* destination, unsigned capacity) {
+    return convert_utf8_to_utf16(source, length, reinterpret_cast<Utf16Unit*>(destination),
+                                 capacity);
+}
+Progress run(const char* source, unsigned length, std::uint32_t* destination, unsigned capacity) {
+    return convert_utf8_to_ucs4(source, length, destination, capacity);
+}
+Progress run(const std::uint16_t* source, unsigned length, char* destination, unsigned capacity) {
+    return convert_utf16_to_utf8(reinterpret_cast<const Utf16Unit*>(source), length, destination,
+                                 capacity);
+}
+Progress run(const std::uint32_t* source, unsigned length, char* destination, unsigned capacity) {
+    return convert_ucs4_to_utf8(source, length, destination, capacity);
+}
+
+// What a conversion must come to, and the units it must write.
+template <class Unit, class SourceUnit>
+Progress expected_progress(const std::vector<SourceUnit>& source, unsigned capacity,
+                           std::vector<Unit>& destination) {
+    unsigned read = 0;
+    while (read < source.size()) {
+        const auto written = static_cast<unsigned>(destination.size());
+        const OracleCharacter decoded = oracle_decode(source, read);
+        if (decoded.units == 0) return {read, written, ConversionStatus::invalid};
+        oracle_encode(decoded.code_point, destination);
+        if (destination.size() == written) return {read, written, ConversionStatus::unencodable};
+        if (destination.size() > capacity) {
+            destination.resize(written);
+            return {read, written, ConversionStatus::full};
+        }
+        read += decoded.units;
+    }
+    return {read, static_cast<unsigned>(destination.size()), ConversionStatus::done};
+}
+
+template <class T>
+std::string shown(const std::vector<T>& text) {
+    std::string digits;
+    char number[12];
+    for (const T unit : text) {
+        std::snprintf(number, sizeof number, "%X ",
+                      static_cast<unsigned>(static_cast<std::make_unsigned_t<T>>(unit)));
+        digits += number;
+    }
+    return digits;
+}
+
+bool same(const Progress& a, const Progress& b) {
+    return a.read == b.read && a.written == b.written && a.status == b.status;
+}
+
+// Converts and counts on every level, the source and the room each right in front of a guard.
+template <class Unit, class SourceUnit>
+void check(const GuardedMemory& source_memory, const GuardedMemory& destination_memory,
+           const std::vector<SourceUnit>& source, unsigned capacity) {
+    std::vector<Unit> expected;
+    const Progress progress = expected_progress(source, capacity, expected);
+    const SourceUnit* const text = put(source_memory, source);
+    const auto length = static_cast<unsigned>(source.size());
+    for (const SimdLevel level : levels) {
+        force_simd_level(level);
+        Unit* const room = last<Unit>(destination_memory, capacity);
+        const Progress result = run(text, length, room, capacity);
+        const Progress count = run(text, length, static_cast<Unit*>(nullptr), capacity);
+        ASSERT_TRUE(same(result, progress) && same(count, progress) &&
+                    std::equal(expected.begin(), expected.end(), room))
+            << "level " << static_cast<int>(level) << ", capacity " << capacity << ", to "
+            << sizeof(Unit) << " bytes, read " << result.read << " and " << count.read << " of "
+            << progress.read << ", written " << result.written << " and " << count.written << " of "
+            << progress.written << ", status " << static_cast<int>(result.status) << " and "
+            << static_cast<int>(count.status) << "\nsource: " << shown(source)
+            << "\nexpected: " << shown(expected);
+    }
+}
+
+// With room to spare, exactly enough and anything less.
+template <class Unit, class SourceUnit>
+void check_capacities(const GuardedMemory& source_memory, const GuardedMemory& destination_memory,
+                      const std::vector<SourceUnit>& source, CharacterSource& random) {
+    std::vector<Unit> converted;
+    const unsigned needed = expected_progress(source, 0xFFFFFFFF, converted).written;
+    const unsigned capacities[] = {needed + random.below(80), needed, needed - (needed != 0),
+                                   random.below(needed + 1)};
+    for (const unsigned capacity : capacities)
+        check<Unit>(source_memory, destination_memory, source, capacity);
+}
+
+TEST_F(UnicodeKernels, ConvertLikeTheOracle) {
+    CharacterSource random(3);
+    const unsigned count = trials(2500);
+    for (unsigned trial = 0; trial < count && !HasFatalFailure(); ++trial) {
+        random.choose_kind();
+        Bytes utf8;
+        Units16 utf16;
+        Units32 ucs4;
+        for (unsigned length = random.below(trial % 8 == 0 ? 600 : 90); length > 0; --length) {
+            const std::uint32_t c = random.next();
+            oracle_encode(c, utf8);
+            oracle_encode(c, utf16);
+            oracle_encode(c, ucs4);
+        }
+        // Every other text is damaged somewhere.
+        if (trial % 2 == 1 && !ucs4.empty()) {
+            const unsigned damage = random.below(0x10000);
+            utf8[random.below(utf8.size())] ^= static_cast<char>(1 + damage % 255);
+            ucs4[random.below(ucs4.size())] = 0xD000 + damage;
+            if (!utf16.empty()) {
+                utf16[random.below(utf16.size())] = static_cast<std::uint16_t>(0xD000 + damage / 4);
+            }
+            if (damage % 4 == 0) utf8.erase(utf8.end() - 1);
+        }
+        SCOPED_TRACE("trial " + std::to_string(trial));
+        check_capacities<std::uint16_t>(source_memory_, destination_memory_, utf8, random);
+        check_capacities<std::uint32_t>(source_memory_, destination_memory_, utf8, random);
+        check_capacities<char>(source_memory_, destination_memory_, utf16, random);
+        check_capacities<char>(source_memory_, destination_memory_, ucs4, random);
+    }
+}
+
+// Sequences at every place of a block, cut off after every byte.
+TEST_F(UnicodeKernels, SeeTheEndOfTheSource) {
+    for (const std::uint32_t c : {0x7Fu, 0x80u, 0x7FFu, 0x800u, 0xFFFDu, 0x10000u, 0x10FFFFu,
+                                  0x110000u, 0x1FFFFFu, 0x200000u, 0x4000000u, 0x7FFFFFFFu}) {
+        for (unsigned before = 0; before < 80; ++before) {
+            Bytes text(before, 'a');
+            for (const char byte : oracle_utf8(c)) {
+                text.push_back(byte);
+                check<std::uint16_t>(source_memory_, destination_memory_, text, 100);
+                check<std::uint32_t>(source_memory_, destination_memory_, text, 100);
+                const char* const placed = put(source_memory_, text);
+                const unsigned valid =
+                    oracle_decode(text, before).units != 0 ? text.size() : before;
+                ASSERT_EQ(valid_utf8_prefix(placed, text.size()), valid) << shown(text);
+            }
+        }
+    }
+}
+
+// Every UTF-16 unit at every place of a block, alone and followed by units of each kind.
+TEST_F(UnicodeKernels, KnowEveryUtf16Unit) {
+    const std::uint16_t others[] = {'a', 0xE9, 0x4E00, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFEFF};
+    for (std::uint32_t unit = 0; unit < 0x10000 && !HasFatalFailure(); ++unit) {
+        const bool special = unit >= 0xD7FF && (unit <= 0xE000 || unit >= 0xFEFE);
+        if (!special && unit % 64 > 1) continue;
+        Units16 text(unit % 32, static_cast<std::uint16_t>(unit % 5 * 0x400 + 'a'));
+        text.push_back(static_cast<std::uint16_t>(unit));
+        check<char>(source_memory_, destination_memory_, text, 200);
+        text.push_back(others[unit % std::size(others)]);
+        text.resize(48, 'z');
+        check<char>(source_memory_, destination_memory_, text, 200);
+    }
+}
+
+// All strings of up to three bytes as they are, and all of three bytes within a longer text, where
+// they lie across the border of two blocks.
+TEST_F(UnicodeKernels, KnowEveryShortUtf8String) {
+    unsigned valid[4] = {};
+    Bytes text(160, 'a');
+    constexpr unsigned place = 62;
+    for (std::uint32_t bytes = 0; bytes < 0x1000000; ++bytes) {
+        const Bytes three = {static_cast<char>(bytes >> 16), static_cast<char>(bytes >> 8),
+                             static_cast<char>(bytes)};
+        unsigned expected = 0;
+        while (expected < 3) {
+            const unsigned units = oracle_decode(three, expected).units;
+            if (units == 0) break;
+            expected += units;
+        }
+        ASSERT_EQ(valid_utf8_prefix(three.data(), 3), expected) << std::hex << bytes;
+        valid[3] += expected == 3;
+        if (bytes % 0x100 == 0) valid[2] += valid_utf8_prefix(three.data(), 2) == 2;
+        if (bytes % 0x10000 == 0) valid[1] += valid_utf8_prefix(three.data(), 1) == 1;
+
+        std::copy(three.begin(), three.end(), text.begin() + place);
+        const unsigned in_text = valid_utf8_prefix(text.data(), text.size());
+        ASSERT_EQ(in_text, expected == 3 ? text.size() : place + expected) << std::hex << bytes;
+    }
+    EXPECT_EQ(valid[1], 128u);
+    EXPECT_EQ(valid[2], 18304u);
+    EXPECT_EQ(valid[3], 2650109u);
+}
+
+}  // namespace
