@@ -1,32 +1,358 @@
 #include "tarvcore/impl/base32_codec.h"
 
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+#include <immintrin.h>
+
+#include "tarvcore/impl/simd_level.h"
+
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/base32_codec.cpp#1 $");
 
+// Vectors go over text and bytes in blocks.  What is left after the last block is done by a block
+// that ends where the groups end, and does part of the one before it again.
 namespace tarvcore::impl {
+namespace {
+
+// ---- Without vectors: a group is two halves of 20 bits, four characters.
+
+constexpr auto character_pairs = [] {
+    std::array<std::array<char, 2>, 1 << 10> pairs{};
+    for (unsigned i = 0; i < pairs.size(); ++i)
+        pairs[i] = {base32_alphabet[i >> 5], base32_alphabet[i & 31]};
+    return pairs;
+}();
+
+// By a character's place in its half and its code: its bits in the half.
+constexpr std::uint32_t no_value = 0x80000000;
+constexpr auto bits_by_place = [] {
+    std::array<std::array<std::uint32_t, 256>, 4> tables{};
+    for (unsigned place = 0; place < 4; ++place) {
+        tables[place].fill(no_value);
+        for (unsigned code = 0; code < base32_values.size(); ++code) {
+            if (base32_values[code] < padding_mark)
+                tables[place][code] = std::uint32_t{base32_values[code]} << (15 - 5 * place);
+        }
+    }
+    return tables;
+}();
+
+void encode_half(unsigned half, char* text) {
+    std::memcpy(text, &character_pairs[half >> 10], 2);
+    std::memcpy(text + 2, &character_pairs[half & 1023], 2);
+}
+
+// Encodes whole groups.
+char* encode_groups_by_pairs(const unsigned char* bytes, unsigned size, char* text) {
+    for (; size >= 5; size -= 5, bytes += 5, text += 8) {
+        std::uint32_t word = 0;
+        std::memcpy(&word, bytes, 4);
+        word = __builtin_bswap32(word);
+        encode_half(word >> 12, text);
+        encode_half((word & 0xFFF) << 8 | bytes[4], text + 4);
+    }
+    return text;
+}
+
+inline std::uint32_t decode_half(const char* text) {
+    const auto bits = [text](unsigned place) {
+        return bits_by_place[place][static_cast<unsigned char>(text[place])];
+    };
+    return bits(0) | bits(1) | bits(2) | bits(3);
+}
+
+// Decodes groups of good characters, and answers how many characters they have.
+unsigned decode_groups_by_places(const char* text, unsigned length, unsigned char* bytes) {
+    unsigned done = 0;
+    for (; length - done >= 8; done += 8, bytes += 5) {
+        const std::uint32_t first = decode_half(text + done);
+        const std::uint32_t second = decode_half(text + done + 4);
+        if ((first | second) >= no_value) break;
+        const std::uint32_t word = __builtin_bswap32(first << 12 | second >> 8);
+        std::memcpy(bytes, &word, 4);
+        bytes[4] = static_cast<unsigned char>(second);
+    }
+    return done;
+}
+
+// ---- Tables for vectors, which have 16 places.
+
+using Bytes16 = std::array<unsigned char, 16>;
+
+// A good character is found by its code's halves: the lower half's bits tell the higher halves with
+// which it makes one, and the higher half has one bit.
+constexpr unsigned bit_of_higher_half(unsigned half) {
+    return half < 2 || half > 7 ? 0 : 1u << (half - 2);
+}
+alignas(16) constexpr Bytes16 higher_bits = [] {
+    Bytes16 table{};
+    for (unsigned half = 0; half < 16; ++half)
+        table[half] = static_cast<unsigned char>(bit_of_higher_half(half));
+    return table;
+}();
+alignas(16) constexpr Bytes16 lower_bits = [] {
+    Bytes16 table{};
+    for (unsigned code = 0; code < base32_values.size(); ++code) {
+        if (base32_values[code] < padding_mark) {
+            table[code & 15] =
+                static_cast<unsigned char>(table[code & 15] | bit_of_higher_half(code >> 4));
+        }
+    }
+    return table;
+}();
+
+// By the higher half of a good character's code: what turns it into its value.
+alignas(16) constexpr Bytes16 value_less_code = [] {
+    Bytes16 table{};
+    for (unsigned code = 0; code < base32_values.size(); ++code) {
+        if (base32_values[code] < padding_mark)
+            table[code >> 4] = static_cast<unsigned char>(base32_values[code] - code);
+    }
+    return table;
+}();
+
+[[gnu::target("ssse3")]] inline __m128i load_table(const Bytes16& table) {
+    return _mm_load_si128(reinterpret_cast<const __m128i*>(table.data()));
+}
+[[gnu::target("avx2")]] inline __m256i load_table_twice(const Bytes16& table) {
+    return _mm256_broadcastsi128_si256(load_table(table));
+}
+
+// ---- SSSE3: 10 bytes, 16 characters.
+
+constexpr unsigned ssse3_bytes = 10;
+constexpr unsigned ssse3_chars = 16;
+
+// Takes eight words, each with ten bits of the source from its bit 15, 13, 11 or 9 down.
+[[gnu::target("ssse3")]] inline __m128i encode_ssse3(__m128i words) {
+    // A multiplication shifts each word by its own count: the first five bits to the lower byte,
+    // the others to the higher one.
+    const __m128i first = _mm_mulhi_epu16(
+        words, _mm_setr_epi16(1 << 5, 1 << 7, 1 << 9, 1 << 11, 1 << 5, 1 << 7, 1 << 9, 1 << 11));
+    const __m128i second = _mm_mullo_epi16(
+        words, _mm_setr_epi16(1 << 2, 1 << 4, 1 << 6, 1 << 8, 1 << 2, 1 << 4, 1 << 6, 1 << 8));
+    const __m128i values = _mm_or_si128(_mm_and_si128(first, _mm_set1_epi16(0x001F)),
+                                        _mm_and_si128(second, _mm_set1_epi16(0x1F00)));
+    const __m128i digits = _mm_cmpgt_epi8(values, _mm_set1_epi8(25));
+    const __m128i distance = _mm_and_si128(digits, _mm_set1_epi8('2' - 26 - 'A'));
+    return _mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('A')), distance);
+}
+
+[[gnu::target("ssse3")]] inline void encode_block_ssse3(const unsigned char* bytes, char* text) {
+    // Eight bytes from the first on and eight up to the last.
+    const __m128i source =
+        _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)),
+                           _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + 2)));
+    const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 14, 7, 15, 14);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
+                     encode_ssse3(_mm_shuffle_epi8(source, order)));
+}
+
+// `size` is that of whole groups.
+[[gnu::target("ssse3")]] char* encode_groups_ssse3(const unsigned char* bytes, unsigned size,
+                                                   char* text) {
+    if (size < ssse3_bytes) return encode_groups_by_pairs(bytes, size, text);
+    const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 8, 7, 9, 8);
+    for (; size >= 16; size -= ssse3_bytes, bytes += ssse3_bytes, text += ssse3_chars) {
+        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
+                         encode_ssse3(_mm_shuffle_epi8(source, order)));
+    }
+    if (size >= ssse3_bytes) {
+        encode_block_ssse3(bytes, text);
+        size -= ssse3_bytes, bytes += ssse3_bytes, text += ssse3_chars;
+    }
+    text += size / 5 * 8;
+    if (size != 0) encode_block_ssse3(bytes + size - ssse3_bytes, text - ssse3_chars);
+    return text;
+}
+
+// Decodes to the first ten bytes; false where a character is not good.
+[[gnu::target("ssse3")]] inline bool decode_ssse3(const char* text, __m128i* bytes) {
+    const __m128i codes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    const __m128i higher = _mm_and_si128(_mm_srli_epi32(codes, 4), _mm_set1_epi8(15));
+    // The shuffle answers 0 for codes from 128 on.
+    const __m128i good = _mm_and_si128(_mm_shuffle_epi8(load_table(lower_bits), codes),
+                                       _mm_shuffle_epi8(load_table(higher_bits), higher));
+    const __m128i values =
+        _mm_add_epi8(codes, _mm_shuffle_epi8(load_table(value_less_code), higher));
+    const __m128i pairs = _mm_maddubs_epi16(values, _mm_set1_epi16(0x0120));
+    const __m128i halves = _mm_madd_epi16(pairs, _mm_set1_epi32(0x00010400));
+    const __m128i groups =
+        _mm_or_si128(_mm_mul_epu32(halves, _mm_set1_epi32(1 << 20)), _mm_srli_epi64(halves, 32));
+    const __m128i order = _mm_setr_epi8(4, 3, 2, 1, 0, 12, 11, 10, 9, 8, -1, -1, -1, -1, -1, -1);
+    *bytes = _mm_shuffle_epi8(groups, order);
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(good, _mm_setzero_si128())) == 0;
+}
+
+[[gnu::target("ssse3")]] inline bool decode_block_ssse3(const char* text, unsigned char* bytes) {
+    __m128i block;
+    if (!decode_ssse3(text, &block)) return false;
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), block);
+    const int last = _mm_extract_epi16(block, 4);
+    std::memcpy(bytes + 8, &last, 2);
+    return true;
+}
+
+[[gnu::target("ssse3")]] unsigned decode_groups_ssse3(const char* text, unsigned length,
+                                                      unsigned char* bytes) {
+    unsigned done = 0;
+    // With stores of whole vectors as long as the bytes go on behind the block's.
+    for (; length - done >= 2 * ssse3_chars; done += ssse3_chars, bytes += ssse3_bytes) {
+        __m128i block;
+        if (!decode_ssse3(text + done, &block)) return done;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), block);
+    }
+    if (length - done >= ssse3_chars) {
+        if (!decode_block_ssse3(text + done, bytes)) return done;
+        done += ssse3_chars, bytes += ssse3_bytes;
+    }
+    const unsigned rest = length - done;
+    if (done != 0 && rest != 0 &&
+        decode_block_ssse3(text + length - ssse3_chars, bytes + rest / 8 * 5 - ssse3_bytes)) {
+        return length;
+    }
+    return done;
+}
+
+// ---- AVX2: 20 bytes, 32 characters.
+
+constexpr unsigned avx2_bytes = 20;
+constexpr unsigned avx2_chars = 32;
+
+[[gnu::target("avx2")]] inline void encode_block_avx2(const unsigned char* bytes, char* text) {
+    // Sixteen bytes from the first on and sixteen up to the last.
+    const __m256i source = _mm256_inserti128_si256(
+        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + avx2_bytes - 16)), 1);
+    const __m256i order = _mm256_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 8, 7, 9, 8,  //
+                                           7, 6, 8, 7, 9, 8, 10, 9, 12, 11, 13, 12, 14, 13, 15, 14);
+    const __m256i words = _mm256_shuffle_epi8(source, order);
+    const __m256i first = _mm256_mulhi_epu16(
+        words, _mm256_setr_epi16(1 << 5, 1 << 7, 1 << 9, 1 << 11, 1 << 5, 1 << 7, 1 << 9, 1 << 11,
+                                 1 << 5, 1 << 7, 1 << 9, 1 << 11, 1 << 5, 1 << 7, 1 << 9, 1 << 11));
+    const __m256i second = _mm256_mullo_epi16(
+        words, _mm256_setr_epi16(1 << 2, 1 << 4, 1 << 6, 1 << 8, 1 << 2, 1 << 4, 1 << 6, 1 << 8,
+                                 1 << 2, 1 << 4, 1 << 6, 1 << 8, 1 << 2, 1 << 4, 1 << 6, 1 << 8));
+    const __m256i values = _mm256_or_si256(_mm256_and_si256(first, _mm256_set1_epi16(0x001F)),
+                                           _mm256_and_si256(second, _mm256_set1_epi16(0x1F00)));
+    const __m256i digits = _mm256_cmpgt_epi8(values, _mm256_set1_epi8(25));
+    const __m256i distance = _mm256_and_si256(digits, _mm256_set1_epi8('2' - 26 - 'A'));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(text),
+                        _mm256_add_epi8(_mm256_add_epi8(values, _mm256_set1_epi8('A')), distance));
+}
+
+[[gnu::target("avx2")]] char* encode_groups_avx2(const unsigned char* bytes, unsigned size,
+                                                 char* text) {
+    if (size < avx2_bytes) return encode_groups_ssse3(bytes, size, text);
+    for (; size >= avx2_bytes; size -= avx2_bytes, bytes += avx2_bytes, text += avx2_chars)
+        encode_block_avx2(bytes, text);
+    text += size / 5 * 8;
+    if (size != 0) encode_block_avx2(bytes + size - avx2_bytes, text - avx2_chars);
+    return text;
+}
+
+// Decodes to the first ten bytes of either half; false where a character is not good.
+[[gnu::target("avx2")]] inline bool decode_avx2(const char* text, __m256i* bytes) {
+    const __m256i codes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
+    const __m256i higher = _mm256_and_si256(_mm256_srli_epi32(codes, 4), _mm256_set1_epi8(15));
+    const __m256i good =
+        _mm256_and_si256(_mm256_shuffle_epi8(load_table_twice(lower_bits), codes),
+                         _mm256_shuffle_epi8(load_table_twice(higher_bits), higher));
+    const __m256i values =
+        _mm256_add_epi8(codes, _mm256_shuffle_epi8(load_table_twice(value_less_code), higher));
+    const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0120));
+    const __m256i halves = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00010400));
+    const __m256i groups = _mm256_or_si256(_mm256_mul_epu32(halves, _mm256_set1_epi32(1 << 20)),
+                                           _mm256_srli_epi64(halves, 32));
+    const __m256i order =
+        _mm256_setr_epi8(4, 3, 2, 1, 0, 12, 11, 10, 9, 8, -1, -1, -1, -1, -1, -1,  //
+                         4, 3, 2, 1, 0, 12, 11, 10, 9, 8, -1, -1, -1, -1, -1, -1);
+    *bytes = _mm256_shuffle_epi8(groups, order);
+    return _mm256_movemask_epi8(_mm256_cmpeq_epi8(good, _mm256_setzero_si256())) == 0;
+}
+
+[[gnu::target("avx2")]] inline bool decode_block_avx2(const char* text, unsigned char* bytes) {
+    __m256i block;
+    if (!decode_avx2(text, &block)) return false;
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
+    const __m128i second = _mm256_extracti128_si256(block, 1);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes + 10), second);
+    const int last = _mm_extract_epi16(second, 4);
+    std::memcpy(bytes + 18, &last, 2);
+    return true;
+}
+
+[[gnu::target("avx2")]] unsigned decode_groups_avx2(const char* text, unsigned length,
+                                                    unsigned char* bytes) {
+    if (length < avx2_chars) return decode_groups_ssse3(text, length, bytes);
+    unsigned done = 0;
+    for (; length - done >= avx2_chars + 16; done += avx2_chars, bytes += avx2_bytes) {
+        __m256i block;
+        if (!decode_avx2(text + done, &block)) return done;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + 10),
+                         _mm256_extracti128_si256(block, 1));
+    }
+    for (; length - done >= avx2_chars; done += avx2_chars, bytes += avx2_bytes) {
+        if (!decode_block_avx2(text + done, bytes)) return done;
+    }
+    const unsigned rest = length - done;
+    if (rest != 0 &&
+        decode_block_avx2(text + length - avx2_chars, bytes + rest / 8 * 5 - avx2_bytes)) {
+        return length;
+    }
+    return done;
+}
+
+}  // namespace
 
 char* Base32Codec::encode(const unsigned char* bytes, unsigned size, char* text, bool pad) {
-    return encode_last_group<Base32Codec>(bytes, size, text, pad);
+    const unsigned rest = size % bytes_per_group;
+    const unsigned whole = size - rest;
+    switch (simd_level()) {
+        case SimdLevel::avx2:
+            text = encode_groups_avx2(bytes, whole, text);
+            break;
+        case SimdLevel::sse41:
+        case SimdLevel::ssse3:
+            text = encode_groups_ssse3(bytes, whole, text);
+            break;
+        case SimdLevel::sse2:
+            text = encode_groups_by_pairs(bytes, whole, text);
+            break;
+    }
+    return encode_last_group<Base32Codec>(bytes + whole, rest, text, pad);
 }
 
 unsigned Base32Codec::decode_groups(const char* text, unsigned length, unsigned char* bytes) {
-    unsigned decoded = 0;
-    for (; length - decoded >= chars_per_group; decoded += chars_per_group) {
-        unsigned long long group = 0;
-        for (unsigned i = 0; i < chars_per_group; ++i) {
-            const unsigned code = static_cast<unsigned char>(text[decoded + i]);
-            const unsigned value = code < 0x80 ? value_of(code) : invalid_mark;
-            if (value >= padding_mark) return decoded;
-            group = group << bits_per_char | value;
-        }
-        for (unsigned i = bytes_per_group; i-- > 0;)
-            *bytes++ = static_cast<unsigned char>(group >> (8 * i));
+    // The last group may well be padded; the vectors have nothing to do with that.
+    unsigned whole = length - length % chars_per_group;
+    if (whole != 0 && text[whole - 1] == '=') whole -= chars_per_group;
+    unsigned done = 0;
+    switch (simd_level()) {
+        case SimdLevel::avx2:
+            done = decode_groups_avx2(text, whole, bytes);
+            break;
+        case SimdLevel::sse41:
+        case SimdLevel::ssse3:
+            done = decode_groups_ssse3(text, whole, bytes);
+            break;
+        case SimdLevel::sse2:
+            break;
     }
-    return decoded;
+    // The groups before a fault, and short texts.
+    return done + decode_groups_by_places(text + done, whole - done,
+                                          bytes + done / chars_per_group * bytes_per_group);
 }
 
 TransformProgress Base32Codec::decode(const char* text, unsigned length, unsigned char* bytes,
                                       bool require_padding) {
-    return decode_in_memory<Base32Codec>(text, length, bytes, require_padding);
+    const unsigned done = decode_groups(text, length, bytes);
+    bytes += done / chars_per_group * bytes_per_group;
+    if (done == length) return {bytes, TransformFault::none};
+    return decode_in_memory<Base32Codec>(text + done, length - done, bytes, require_padding);
 }
 
 }  // namespace tarvcore::impl
