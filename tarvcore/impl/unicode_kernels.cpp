@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tarvcore/impl/simd_level.h"
+#include "tarvcore/impl/unicode_blocks.h"
 #include "tarvcore/impl/unicode_codec.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/unicode_kernels.cpp#1 $");
@@ -38,20 +40,87 @@ struct Ucs4 {
     static void encode(std::uint32_t c, std::uint32_t* destination) { *destination = c; }
 };
 
+// What there is of vector code for a pair of encodings; the general case is none.
+template <class Source, class Destination, bool counting>
+struct Blocks {
+    static constexpr unsigned least_length = 0xFFFFFFFF;
+    static BlockProgress run(const typename Source::Unit*, unsigned, typename Destination::Unit*,
+                             unsigned) {
+        return {0, 0};
+    }
+};
+template <>
+struct Blocks<Utf8, Utf16, false> {
+    static constexpr unsigned least_length = utf8_block_length;
+    static constexpr auto run = convert_utf8_blocks_to_utf16;
+};
+template <>
+struct Blocks<Utf8, Ucs4, false> {
+    static constexpr unsigned least_length = utf8_block_length;
+    static constexpr auto run = convert_utf8_blocks_to_ucs4;
+};
+template <>
+struct Blocks<Utf16, Utf8, false> {
+    static constexpr unsigned least_length = utf16_block_length;
+    static constexpr auto run = convert_utf16_blocks_to_utf8;
+};
+template <>
+struct Blocks<Ucs4, Utf8, false> {
+    static constexpr unsigned least_length = utf16_block_length;
+    static constexpr auto run = convert_ucs4_blocks_to_utf8;
+};
+template <>
+struct Blocks<Utf8, Utf16, true> {
+    static constexpr unsigned least_length = utf8_block_length;
+    static BlockProgress run(const char* source, unsigned length, Utf16Unit*, unsigned capacity) {
+        return count_utf8_blocks_as_utf16(source, length, capacity);
+    }
+};
+template <>
+struct Blocks<Utf8, Ucs4, true> {
+    static constexpr unsigned least_length = utf8_block_length;
+    static BlockProgress run(const char* source, unsigned length, std::uint32_t*,
+                             unsigned capacity) {
+        return count_utf8_blocks_as_ucs4(source, length, capacity);
+    }
+};
+template <>
+struct Blocks<Utf16, Utf8, true> {
+    static constexpr unsigned least_length = utf16_block_length;
+    static BlockProgress run(const Utf16Unit* source, unsigned length, char*, unsigned capacity) {
+        return count_utf16_blocks_as_utf8(source, length, capacity);
+    }
+};
+
+// Where vector code gives up, this many units go character by character before it is tried again.
+constexpr unsigned stretch = 64;
+
 template <class Source, class Destination, bool counting>
 Progress convert(const typename Source::Unit* source, unsigned length,
                  typename Destination::Unit* destination, unsigned capacity) {
+    using Vectors = Blocks<Source, Destination, counting>;
     unsigned read = 0;
     unsigned written = 0;
+    const bool use_vectors = length >= Vectors::least_length && simd_level() >= SimdLevel::ssse3;
     while (read < length) {
-        const DecodedCharacter decoded = Source::decode(source + read, length - read);
-        if (decoded.units == 0) return {read, written, ConversionStatus::invalid};
-        const unsigned units = Destination::units(decoded.code_point);
-        if (units == 0) return {read, written, ConversionStatus::unencodable};
-        if (units > capacity - written) return {read, written, ConversionStatus::full};
-        if constexpr (!counting) Destination::encode(decoded.code_point, destination + written);
-        read += decoded.units;
-        written += units;
+        if (use_vectors && length - read >= Vectors::least_length) {
+            const BlockProgress blocks =
+                Vectors::run(source + read, length - read,
+                             counting ? nullptr : destination + written, capacity - written);
+            read += blocks.read;
+            written += blocks.written;
+        }
+        const unsigned end = length - read > stretch ? read + stretch : length;
+        while (read < end) {
+            const DecodedCharacter decoded = Source::decode(source + read, length - read);
+            if (decoded.units == 0) return {read, written, ConversionStatus::invalid};
+            const unsigned units = Destination::units(decoded.code_point);
+            if (units == 0) return {read, written, ConversionStatus::unencodable};
+            if (units > capacity - written) return {read, written, ConversionStatus::full};
+            if constexpr (!counting) Destination::encode(decoded.code_point, destination + written);
+            read += decoded.units;
+            written += units;
+        }
     }
     return {read, written, ConversionStatus::done};
 }

@@ -1,0 +1,83 @@
+// Vectors of 16 bytes: moves of whole ones and of parts.  Only for code that runs with SSSE3.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include <immintrin.h>
+
+#include "tarvcore/config.h"
+
+#define TARVCORE_SSSE3 [[gnu::target("ssse3")]]
+#define TARVCORE_SSSE3_INLINE [[gnu::target("ssse3"), gnu::always_inline]] inline
+
+namespace tarvcore::impl {
+
+TARVCORE_SSSE3_INLINE __m128i load(const void* source) {
+    return _mm_loadu_si128(static_cast<const __m128i*>(source));
+}
+
+TARVCORE_SSSE3_INLINE void store(void* destination, __m128i value) {
+    _mm_storeu_si128(static_cast<__m128i*>(destination), value);
+}
+
+TARVCORE_SSSE3_INLINE __m128i select(__m128i mask, __m128i yes, __m128i no) {
+    return _mm_or_si128(_mm_and_si128(mask, yes), _mm_andnot_si128(mask, no));
+}
+
+TARVCORE_SSSE3_INLINE int load_int(const char* source) {
+    int value;
+    std::memcpy(&value, source, sizeof value);
+    return value;
+}
+
+// The first `size` bytes, at most 16, and zeros behind them.  No other bytes are read.
+TARVCORE_SSSE3_INLINE __m128i load_part(const void* source, unsigned size) {
+    const char* const bytes = static_cast<const char*>(source);
+    if (size >= 16) return load(bytes);
+    if (size >= 8) {
+        // The last eight bytes, less those that the first eight have already.
+        const __m128i last = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + size - 8));
+        return _mm_unpacklo_epi64(
+            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)),
+            _mm_srl_epi64(last, _mm_cvtsi32_si128(static_cast<int>(8 * (16 - size)))));
+    }
+    if (size >= 4) {
+        const __m128i last = _mm_cvtsi32_si128(load_int(bytes + size - 4));
+        return _mm_unpacklo_epi32(
+            _mm_cvtsi32_si128(load_int(bytes)),
+            _mm_srl_epi64(last, _mm_cvtsi32_si128(static_cast<int>(8 * (8 - size)))));
+    }
+    unsigned value = 0;
+    for (unsigned i = 0; i < size; ++i)
+        value |= static_cast<unsigned>(static_cast<unsigned char>(bytes[i])) << (8 * i);
+    return _mm_cvtsi32_si128(static_cast<int>(value));
+}
+
+// The first `size` bytes, at most 16.  No other bytes are written.
+TARVCORE_SSSE3_INLINE void store_part(void* destination, __m128i value, unsigned size) {
+    char* bytes = static_cast<char*>(destination);
+    if (size >= 16) {
+        store(bytes, value);
+        return;
+    }
+    if ((size & 8) != 0) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), value);
+        value = _mm_srli_si128(value, 8);
+        bytes += 8;
+    }
+    auto rest = static_cast<unsigned>(_mm_cvtsi128_si32(value));
+    if ((size & 4) != 0) {
+        std::memcpy(bytes, &rest, 4);
+        rest = static_cast<unsigned>(_mm_cvtsi128_si32(_mm_srli_si128(value, 4)));
+        bytes += 4;
+    }
+    if ((size & 2) != 0) {
+        std::memcpy(bytes, &rest, 2);
+        rest >>= 16;
+        bytes += 2;
+    }
+    if ((size & 1) != 0) *bytes = static_cast<char>(rest);
+}
+
+}  // namespace tarvcore::impl

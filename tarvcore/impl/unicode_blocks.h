@@ -1,0 +1,40 @@
+// Conversion of blocks of well-formed text with vector instructions.
+//
+// These functions only take what is easy: they read whole blocks, stop in front of any that they
+// are not sure of, and leave the rest, the end of the text among it, to code that goes character by
+// character.  What they have taken is right; where they stop means nothing.
+#pragma once
+
+#include <cstdint>
+
+#include "tarvcore/impl/unicode_kernels.h"
+
+namespace tarvcore::impl {
+
+// Whole characters, from the start of the source.
+struct BlockProgress {
+    unsigned read;
+    unsigned written;
+};
+
+// Units in a block; a source with less is not worth a call.
+constexpr unsigned utf8_block_length = 16;
+constexpr unsigned utf16_block_length = 8;
+
+// With SSSE3.
+BlockProgress convert_utf8_blocks_to_utf16(const char* source, unsigned length,
+                                           Utf16Unit* destination, unsigned capacity);
+BlockProgress convert_utf8_blocks_to_ucs4(const char* source, unsigned length,
+                                          std::uint32_t* destination, unsigned capacity);
+BlockProgress convert_utf16_blocks_to_utf8(const Utf16Unit* source, unsigned length,
+                                           char* destination, unsigned capacity);
+BlockProgress convert_ucs4_blocks_to_utf8(const std::uint32_t* source, unsigned length,
+                                          char* destination, unsigned capacity);
+
+// What the conversions would write.
+BlockProgress count_utf8_blocks_as_utf16(const char* source, unsigned length, unsigned capacity);
+BlockProgress count_utf8_blocks_as_ucs4(const char* source, unsigned length, unsigned capacity);
+BlockProgress count_utf16_blocks_as_utf8(const Utf16Unit* source, unsigned length,
+                                         unsigned capacity);
+
+}  // namespace tarvcore::impl

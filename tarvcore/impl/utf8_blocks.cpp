@@ -1,0 +1,437 @@
+#include <algorithm>
+#include <array>
+
+#include "tarvcore/impl/ssse3_util.h"
+#include "tarvcore/impl/unicode_blocks.h"
+
+TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/utf8_blocks.cpp#1 $");
+
+// How a block of 16 bytes is converted: every byte is treated as if it were the last one of its
+// character, which it makes up together with the three bytes in front of it.  Bytes that are not
+// the last ones are dropped by a shuffle at the end.  No branch depends on where characters begin.
+//
+// Validation is the algorithm of Keiser and Lemire ("Validating UTF-8 in less than one instruction
+// per byte", 2021): three look-ups by half bytes find every fault of two neighbouring bytes.
+
+namespace tarvcore::impl {
+namespace {
+
+constexpr unsigned block = utf8_block_length;
+
+// A bit for every fault of two neighbours.  Code points above U+10FFFF count as faults here: they
+// are left to others.
+constexpr std::uint8_t too_short = 1 << 0;      // a lead, then no continuation
+constexpr std::uint8_t too_long = 1 << 1;       // ASCII, then a continuation
+constexpr std::uint8_t overlong_3 = 1 << 2;     // E0 80...9F
+constexpr std::uint8_t too_large = 1 << 3;      // F4 90...BF, F5...FF and a continuation
+constexpr std::uint8_t surrogate = 1 << 4;      // ED A0...BF
+constexpr std::uint8_t overlong_2 = 1 << 5;     // C0, C1 and a continuation
+constexpr std::uint8_t overlong_4 = 1 << 6;     // F0 80...8F
+constexpr std::uint8_t too_large_80 = 1 << 6;   // F5...FF 80...8F
+constexpr std::uint8_t continuations = 1 << 7;  // two: a fault unless a lead of three bytes or
+                                                // more stands in front
+constexpr std::uint8_t carry = too_short | too_long | continuations;  // what the low half decides
+                                                                      // nothing about
+
+using Nibbles = std::array<std::uint8_t, 16>;
+
+alignas(16) constexpr Nibbles by_first_high = {
+    too_long,
+    too_long,
+    too_long,
+    too_long,
+    too_long,
+    too_long,
+    too_long,
+    too_long,
+    continuations,
+    continuations,
+    continuations,
+    continuations,
+    too_short | overlong_2,
+    too_short,
+    too_short | overlong_3 | surrogate,
+    too_short | too_large | too_large_80 | overlong_4,
+};
+alignas(16) constexpr Nibbles by_first_low = {
+    carry | overlong_2 | overlong_3 | overlong_4,
+    carry | overlong_2,
+    carry,
+    carry,
+    carry | too_large,
+    carry | too_large | too_large_80,
+    carry | too_large | too_large_80,
+    carry | too_large | too_large_80,
+    carry | too_large | too_large_80,
+    carry | too_large | too_large_80,
+    carry | too_large | too_large_80,
+    carry | too_large | too_large_80,
+    carry | too_large | too_large_80,
+    carry | too_large | too_large_80 | surrogate,
+    carry | too_large | too_large_80,
+    carry | too_large | too_large_80,
+};
+constexpr std::uint8_t any_continuation = too_long | overlong_2 | continuations;
+alignas(16) constexpr Nibbles by_second_high = {
+    too_short,
+    too_short,
+    too_short,
+    too_short,
+    too_short,
+    too_short,
+    too_short,
+    too_short,
+    any_continuation | overlong_3 | too_large_80 | overlong_4,
+    any_continuation | overlong_3 | too_large,
+    any_continuation | surrogate | too_large,
+    any_continuation | surrogate | too_large,
+    too_short,
+    too_short,
+    too_short,
+    too_short,
+};
+
+// Shuffles that move the lanes together whose bit is not set in an index, and how many they are.
+template <unsigned lanes, unsigned lane_size>
+struct DropTable {
+    std::uint8_t shuffle[1 << lanes][16];
+    std::uint8_t kept[1 << lanes];
+};
+
+template <unsigned lanes, unsigned lane_size>
+consteval DropTable<lanes, lane_size> make_drop_table() {
+    DropTable<lanes, lane_size> table{};
+    for (unsigned dropped = 0; dropped < 1 << lanes; ++dropped) {
+        std::uint8_t* next = table.shuffle[dropped];
+        for (unsigned lane = 0; lane < lanes; ++lane) {
+            if ((dropped >> lane & 1) != 0) continue;
+            for (unsigned i = 0; i < lane_size; ++i)
+                *next++ = static_cast<std::uint8_t>(lane * lane_size + i);
+            ++table.kept[dropped];
+        }
+    }
+    return table;
+}
+
+alignas(16) constexpr auto drop_of_8 = make_drop_table<8, 2>();
+alignas(16) constexpr auto drop_of_4 = make_drop_table<4, 4>();
+
+TARVCORE_SSSE3_INLINE __m128i bytes(int value) {
+    return _mm_set1_epi8(static_cast<char>(value));
+}
+
+TARVCORE_SSSE3_INLINE bool any(__m128i value) {
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(value, _mm_setzero_si128())) != 0xFFFF;
+}
+
+// Masks of the bytes that are at least `limit`, unsigned.
+TARVCORE_SSSE3_INLINE __m128i at_least(__m128i value, int limit) {
+    return _mm_cmpeq_epi8(_mm_max_epu8(value, bytes(limit)), value);
+}
+
+TARVCORE_SSSE3_INLINE __m128i is_continuation(__m128i value) {
+    return _mm_cmplt_epi8(value, bytes(0xC0));
+}
+
+// Shifts within bytes, as long as the bits that come from the neighbour are masked out.
+template <int count>
+TARVCORE_SSSE3_INLINE __m128i left(__m128i value, int mask) {
+    return _mm_and_si128(_mm_slli_epi16(value, count), bytes(mask));
+}
+template <int count>
+TARVCORE_SSSE3_INLINE __m128i right(__m128i value, int mask) {
+    return _mm_and_si128(_mm_srli_epi16(value, count), bytes(mask));
+}
+
+// The bytes of a block and, for each of them, the one to three bytes in front of it.
+struct Neighbours {
+    __m128i current;
+    __m128i before_1;
+    __m128i before_2;
+    __m128i before_3;
+};
+
+TARVCORE_SSSE3_INLINE Neighbours neighbours(__m128i current, __m128i previous) {
+    return {current, _mm_alignr_epi8(current, previous, 15), _mm_alignr_epi8(current, previous, 14),
+            _mm_alignr_epi8(current, previous, 13)};
+}
+
+// Not zero where something is wrong, or might be.
+TARVCORE_SSSE3_INLINE __m128i faults(const Neighbours& n) {
+    const __m128i first_high =
+        _mm_shuffle_epi8(load(by_first_high.data()), right<4>(n.before_1, 0x0F));
+    const __m128i first_low =
+        _mm_shuffle_epi8(load(by_first_low.data()), _mm_and_si128(n.before_1, bytes(0x0F)));
+    const __m128i second_high =
+        _mm_shuffle_epi8(load(by_second_high.data()), right<4>(n.current, 0x0F));
+    const __m128i pairs = _mm_and_si128(_mm_and_si128(first_high, first_low), second_high);
+    // Bit 7 where the third byte of three or the third or fourth of four must be.
+    const __m128i third = _mm_subs_epu8(n.before_2, bytes(0xE0 - 0x80));
+    const __m128i fourth = _mm_subs_epu8(n.before_3, bytes(0xF0 - 0x80));
+    const __m128i required = _mm_and_si128(_mm_or_si128(third, fourth), bytes(0x80));
+    // U+FEFF, U+FFFE and U+FFFF are among EF .. BE and EF .. BF, which are rare anyway.
+    const __m128i suspect = _mm_and_si128(_mm_cmpeq_epi8(n.before_2, bytes(0xEF)),
+                                          _mm_cmpgt_epi8(n.current, bytes(0xBD)));
+    return _mm_or_si128(_mm_xor_si128(pairs, required), suspect);
+}
+
+// Not zero where a block ends within a character.
+TARVCORE_SSSE3_INLINE __m128i unfinished(__m128i block_bytes) {
+    const __m128i last_allowed =
+        _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, static_cast<char>(0xEF),
+                      static_cast<char>(0xDF), static_cast<char>(0xBF));
+    return _mm_subs_epu8(block_bytes, last_allowed);
+}
+
+// The lower two bytes of the code points of up to three bytes that end at each byte, and the lower
+// two of four.
+struct CodePoints {
+    __m128i low;
+    __m128i high;
+};
+
+TARVCORE_SSSE3_INLINE CodePoints code_points(const Neighbours& n) {
+    const __m128i follows = is_continuation(n.current);
+    const __m128i second = _mm_and_si128(n.before_1, follows);
+    const __m128i third =
+        _mm_and_si128(n.before_2, _mm_and_si128(follows, is_continuation(n.before_1)));
+    return {_mm_or_si128(_mm_and_si128(n.current, bytes(0x7F)), left<6>(second, 0xC0)),
+            _mm_or_si128(right<2>(second, 0x0F), left<4>(third, 0xF0))};
+}
+
+TARVCORE_SSSE3_INLINE bool has_long_sequence(const Neighbours& n) {
+    return _mm_movemask_epi8(at_least(_mm_max_epu8(n.before_2, n.before_3), 0xF0)) != 0;
+}
+
+// The destinations.  `put` writes what a block makes and answers how many units that is; it writes
+// no more than those with `exact`, else anything up to the units of a whole block.  A sequence of
+// four bytes makes its high surrogate with the third byte.
+
+struct ToUtf16 {
+    using Unit = Utf16Unit;
+
+    TARVCORE_SSSE3_INLINE static __m128i dropped(const Neighbours& n) {
+        return _mm_or_si128(at_least(n.current, 0xC0), at_least(n.before_1, 0xE0));
+    }
+
+    TARVCORE_SSSE3_INLINE static void put_ascii(__m128i ascii, Utf16Unit* destination) {
+        store(destination, _mm_unpacklo_epi8(ascii, _mm_setzero_si128()));
+        store(destination + 8, _mm_unpackhi_epi8(ascii, _mm_setzero_si128()));
+    }
+
+    // Eight lanes without those that are dropped.
+    template <bool exact>
+    TARVCORE_SSSE3_INLINE static unsigned put_lanes(__m128i lanes, unsigned drop, unsigned limit,
+                                                    Utf16Unit* destination) {
+        const __m128i kept = _mm_shuffle_epi8(lanes, load(drop_of_8.shuffle[drop]));
+        unsigned count = drop_of_8.kept[drop];
+        if constexpr (exact) {
+            count = std::min(count, limit);
+            store_part(destination, kept, 2 * count);
+        } else {
+            store(destination, kept);
+        }
+        return count;
+    }
+
+    template <bool exact>
+    TARVCORE_SSSE3_INLINE static unsigned put(const Neighbours& n, unsigned limit,
+                                              Utf16Unit* destination) {
+        auto [low, high] = code_points(n);
+        __m128i bias_low = _mm_setzero_si128();
+        __m128i bias_high = _mm_setzero_si128();
+        if (has_long_sequence(n)) {
+            const __m128i third = at_least(n.before_2, 0xF0);
+            const __m128i fourth = at_least(n.before_3, 0xF0);
+            // 0xD7C0 + (code point >> 10), of which the third byte has two bits.
+            low = select(third, _mm_or_si128(left<2>(n.before_1, 0xFC), right<4>(n.current, 0x03)),
+                         low);
+            high = select(third, _mm_and_si128(n.before_2, bytes(0x07)), high);
+            bias_low = _mm_and_si128(third, bytes(0xC0));
+            bias_high = _mm_and_si128(third, bytes(0xD7));
+            high =
+                select(fourth, _mm_or_si128(_mm_and_si128(high, bytes(0x03)), bytes(0xDC)), high);
+        }
+        const __m128i first =
+            _mm_add_epi16(_mm_unpacklo_epi8(low, high), _mm_unpacklo_epi8(bias_low, bias_high));
+        const __m128i last =
+            _mm_add_epi16(_mm_unpackhi_epi8(low, high), _mm_unpackhi_epi8(bias_low, bias_high));
+        const auto drop = static_cast<unsigned>(_mm_movemask_epi8(dropped(n)));
+        const unsigned written = put_lanes<exact>(first, drop & 0xFF, limit, destination);
+        return written + put_lanes<exact>(last, drop >> 8, limit - written, destination + written);
+    }
+
+    // What has been written of a character of four bytes after three.
+    static constexpr unsigned written_of_unfinished = 1;
+};
+
+struct ToUcs4 {
+    using Unit = std::uint32_t;
+
+    TARVCORE_SSSE3_INLINE static __m128i dropped(const Neighbours& n) {
+        return _mm_or_si128(ToUtf16::dropped(n), at_least(n.before_2, 0xF0));
+    }
+
+    TARVCORE_SSSE3_INLINE static void put_ascii(__m128i ascii, std::uint32_t* destination) {
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i low = _mm_unpacklo_epi8(ascii, zero);
+        const __m128i high = _mm_unpackhi_epi8(ascii, zero);
+        store(destination, _mm_unpacklo_epi16(low, zero));
+        store(destination + 4, _mm_unpackhi_epi16(low, zero));
+        store(destination + 8, _mm_unpacklo_epi16(high, zero));
+        store(destination + 12, _mm_unpackhi_epi16(high, zero));
+    }
+
+    // Four lanes without those that are dropped.
+    template <bool exact>
+    TARVCORE_SSSE3_INLINE static unsigned put_lanes(__m128i lanes, unsigned drop, unsigned limit,
+                                                    std::uint32_t* destination) {
+        const __m128i kept = _mm_shuffle_epi8(lanes, load(drop_of_4.shuffle[drop & 0xF]));
+        unsigned count = drop_of_4.kept[drop & 0xF];
+        if constexpr (exact) {
+            count = std::min(count, limit);
+            store_part(destination, kept, 4 * count);
+        } else {
+            store(destination, kept);
+        }
+        return count;
+    }
+
+    template <bool exact>
+    TARVCORE_SSSE3_INLINE static unsigned put(const Neighbours& n, unsigned limit,
+                                              std::uint32_t* destination) {
+        const auto [low, high] = code_points(n);
+        const __m128i top =
+            _mm_and_si128(at_least(n.before_3, 0xF0),
+                          _mm_or_si128(right<4>(n.before_2, 0x03), left<2>(n.before_3, 0x1C)));
+        const __m128i zero = _mm_setzero_si128();
+        const auto drop = static_cast<unsigned>(_mm_movemask_epi8(dropped(n)));
+        const __m128i first_low = _mm_unpacklo_epi8(low, high);
+        const __m128i first_high = _mm_unpacklo_epi8(top, zero);
+        unsigned written =
+            put_lanes<exact>(_mm_unpacklo_epi16(first_low, first_high), drop, limit, destination);
+        written += put_lanes<exact>(_mm_unpackhi_epi16(first_low, first_high), drop >> 4,
+                                    limit - written, destination + written);
+        const __m128i last_low = _mm_unpackhi_epi8(low, high);
+        const __m128i last_high = _mm_unpackhi_epi8(top, zero);
+        written += put_lanes<exact>(_mm_unpacklo_epi16(last_low, last_high), drop >> 8,
+                                    limit - written, destination + written);
+        return written + put_lanes<exact>(_mm_unpackhi_epi16(last_low, last_high), drop >> 12,
+                                          limit - written, destination + written);
+    }
+
+    static constexpr unsigned written_of_unfinished = 0;
+};
+
+// How many units a block makes.
+template <class Destination>
+TARVCORE_SSSE3_INLINE unsigned count_units(const Neighbours& n) {
+    const __m128i dropped =
+        _mm_sad_epu8(_mm_and_si128(Destination::dropped(n), bytes(1)), _mm_setzero_si128());
+    return block - static_cast<unsigned>(
+                       _mm_cvtsi128_si32(_mm_add_epi32(dropped, _mm_shuffle_epi32(dropped, 2))));
+}
+
+// Counts only.
+template <class Destination>
+struct Counted {
+    using Unit = typename Destination::Unit;
+
+    TARVCORE_SSSE3_INLINE static __m128i dropped(const Neighbours& n) {
+        return Destination::dropped(n);
+    }
+    TARVCORE_SSSE3_INLINE static void put_ascii(__m128i, Unit*) {}
+    template <bool exact>
+    TARVCORE_SSSE3_INLINE static unsigned put(const Neighbours& n, unsigned /*limit*/, Unit*) {
+        return count_units<Destination>(n);
+    }
+
+    static constexpr unsigned written_of_unfinished = Destination::written_of_unfinished;
+};
+
+template <class Destination>
+TARVCORE_SSSE3 BlockProgress convert_blocks(const char* source, unsigned length,
+                                            typename Destination::Unit* destination,
+                                            unsigned capacity) {
+    unsigned read = 0;
+    unsigned written = 0;
+    __m128i previous = _mm_setzero_si128();
+    while (length - read >= block && capacity - written >= block) {
+        const __m128i current = load(source + read);
+        if (_mm_movemask_epi8(current) == 0) {
+            if (any(unfinished(previous))) break;
+            Destination::put_ascii(current, destination + written);
+            read += block;
+            written += block;
+            // A run of it.
+            while (length - read >= 4 * block && capacity - written >= 4 * block) {
+                const __m128i next[] = {load(source + read), load(source + read + block),
+                                        load(source + read + 2 * block),
+                                        load(source + read + 3 * block)};
+                if (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(next[0], next[1]),
+                                                   _mm_or_si128(next[2], next[3]))) != 0) {
+                    break;
+                }
+                Destination::put_ascii(next[0], destination + written);
+                Destination::put_ascii(next[1], destination + written + block);
+                Destination::put_ascii(next[2], destination + written + 2 * block);
+                Destination::put_ascii(next[3], destination + written + 3 * block);
+                read += 4 * block;
+                written += 4 * block;
+            }
+            previous = _mm_setzero_si128();
+            continue;
+        } else {
+            const Neighbours n = neighbours(current, previous);
+            if (any(faults(n))) break;
+            written += Destination::template put<false>(n, block, destination + written);
+        }
+        read += block;
+        previous = current;
+    }
+
+    // The last of the source or of the room: up to two blocks, the last filled up with zeros, which
+    // make a unit each.
+    while (read < length) {
+        const unsigned taken = std::min(length - read, block);
+        const __m128i current = load_part(source + read, taken);
+        const Neighbours n = neighbours(current, previous);
+        if (any(faults(n))) break;
+        const unsigned zeros = block - taken;
+        const unsigned made = count_units<Destination>(n) - zeros;
+        if (made > capacity - written) break;
+        Destination::template put<true>(n, made, destination + written);
+        written += made;
+        read += taken;
+        previous = current;
+    }
+    // A character that is not finished has been taken up to its last byte but one at most.
+    const auto* end = reinterpret_cast<const unsigned char*>(source) + read;
+    if (read >= 1 && end[-1] >= 0xC0) return {read - 1, written};
+    if (read >= 2 && end[-2] >= 0xE0) return {read - 2, written};
+    if (read >= 3 && end[-3] >= 0xF0)
+        return {read - 3, written - Destination::written_of_unfinished};
+    return {read, written};
+}
+
+}  // namespace
+
+BlockProgress convert_utf8_blocks_to_utf16(const char* source, unsigned length,
+                                           Utf16Unit* destination, unsigned capacity) {
+    return convert_blocks<ToUtf16>(source, length, destination, capacity);
+}
+
+BlockProgress convert_utf8_blocks_to_ucs4(const char* source, unsigned length,
+                                          std::uint32_t* destination, unsigned capacity) {
+    return convert_blocks<ToUcs4>(source, length, destination, capacity);
+}
+
+BlockProgress count_utf8_blocks_as_utf16(const char* source, unsigned length, unsigned capacity) {
+    return convert_blocks<Counted<ToUtf16>>(source, length, nullptr, capacity);
+}
+
+BlockProgress count_utf8_blocks_as_ucs4(const char* source, unsigned length, unsigned capacity) {
+    return convert_blocks<Counted<ToUcs4>>(source, length, nullptr, capacity);
+}
+
+}  // namespace tarvcore::impl
