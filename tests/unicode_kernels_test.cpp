@@ -198,12 +198,13 @@ TEST_F(UnicodeKernels, KnowEveryUtf16Unit) {
     }
 }
 
-// All strings of up to three bytes as they are, and all of three bytes within a longer text, where
+// All strings of up to three bytes as they are, and all of three bytes within longer texts, where
 // they lie across the border of two blocks.
 TEST_F(UnicodeKernels, KnowEveryShortUtf8String) {
     unsigned valid[4] = {};
-    Bytes text(160, 'a');
-    constexpr unsigned place = 62;
+    Bytes texts[] = {Bytes(40, 'a'), Bytes(160, 'a')};
+    const unsigned places[] = {14, 62};
+    const SimdLevel text_levels[] = {SimdLevel::ssse3, SimdLevel::avx2};
     for (std::uint32_t bytes = 0; bytes < 0x1000000; ++bytes) {
         const Bytes three = {static_cast<char>(bytes >> 16), static_cast<char>(bytes >> 8),
                              static_cast<char>(bytes)};
@@ -218,13 +219,39 @@ TEST_F(UnicodeKernels, KnowEveryShortUtf8String) {
         if (bytes % 0x100 == 0) valid[2] += valid_utf8_prefix(three.data(), 2) == 2;
         if (bytes % 0x10000 == 0) valid[1] += valid_utf8_prefix(three.data(), 1) == 1;
 
-        std::copy(three.begin(), three.end(), text.begin() + place);
-        const unsigned in_text = valid_utf8_prefix(text.data(), text.size());
-        ASSERT_EQ(in_text, expected == 3 ? text.size() : place + expected) << std::hex << bytes;
+        for (const unsigned i : {0, 1}) {
+            Bytes& text = texts[i];
+            std::copy(three.begin(), three.end(), text.begin() + places[i]);
+            force_simd_level(text_levels[i]);
+            ASSERT_EQ(valid_utf8_prefix(text.data(), text.size()),
+                      expected == 3 ? text.size() : places[i] + expected)
+                << std::hex << bytes << " on level " << i;
+        }
     }
     EXPECT_EQ(valid[1], 128u);
     EXPECT_EQ(valid[2], 18304u);
     EXPECT_EQ(valid[3], 2650109u);
+}
+
+// All strings of four bytes, in a long run.
+TEST_F(UnicodeKernels, KnowEveryUtf8StringOfFourBytes) {
+    if (trial_factor() < 100) GTEST_SKIP() << "set TARV_TEST_TRIALS to 100 for it";
+    unsigned valid = 0;
+    Bytes text(40, 'a');
+    for (std::uint32_t bytes = 0;; ++bytes) {
+        const char four[] = {static_cast<char>(bytes >> 24), static_cast<char>(bytes >> 16),
+                             static_cast<char>(bytes >> 8), static_cast<char>(bytes)};
+        force_simd_level(SimdLevel::sse2);
+        const unsigned prefix = valid_utf8_prefix(four, 4);
+        valid += prefix == 4;
+        std::copy(four, four + 4, text.begin() + 14);
+        force_simd_level(SimdLevel::ssse3);
+        ASSERT_EQ(valid_utf8_prefix(text.data(), text.size()),
+                  prefix == 4 ? text.size() : 14 + prefix)
+            << std::hex << bytes;
+        if (bytes == 0xFFFFFFFF) break;
+    }
+    EXPECT_EQ(valid, 384253184u);
 }
 
 }  // namespace

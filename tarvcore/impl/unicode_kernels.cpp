@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <emmintrin.h>
+
 #include "tarvcore/impl/simd_level.h"
 #include "tarvcore/impl/unicode_blocks.h"
 #include "tarvcore/impl/unicode_codec.h"
@@ -11,7 +13,16 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/unicode_kernels.cpp#1 $");
 namespace tarvcore::impl {
 namespace {
 
-// Encodings as sources and as destinations.
+TARVCORE_INLINE __m128i load(const void* source) {
+    return _mm_loadu_si128(static_cast<const __m128i*>(source));
+}
+
+TARVCORE_INLINE void store(void* destination, __m128i value) {
+    _mm_storeu_si128(static_cast<__m128i*>(destination), value);
+}
+
+// Encodings as sources and as destinations.  ASCII goes by blocks of 16 units, as a vector of
+// bytes: `load_ascii` answers false, and leaves the vector undefined, where there is anything else.
 
 struct Utf8 {
     using Unit = char;
@@ -20,6 +31,14 @@ struct Utf8 {
     }
     static unsigned units(std::uint32_t c) { return utf8_units(c); }
     static void encode(std::uint32_t c, char* destination) { encode_utf8(c, destination); }
+
+    TARVCORE_INLINE static bool load_ascii(const char* source, __m128i* ascii) {
+        *ascii = load(source);
+        return _mm_movemask_epi8(*ascii) == 0;
+    }
+    TARVCORE_INLINE static void store_ascii(__m128i ascii, char* destination) {
+        store(destination, ascii);
+    }
 };
 
 struct Utf16 {
@@ -29,6 +48,18 @@ struct Utf16 {
     }
     static unsigned units(std::uint32_t c) { return utf16_units(c); }
     static void encode(std::uint32_t c, Utf16Unit* destination) { encode_utf16(c, destination); }
+
+    TARVCORE_INLINE static bool load_ascii(const Utf16Unit* source, __m128i* ascii) {
+        const __m128i first = load(source);
+        const __m128i last = load(source + 8);
+        *ascii = _mm_packus_epi16(first, last);
+        const __m128i above = _mm_and_si128(_mm_or_si128(first, last), _mm_set1_epi16(~0x7F));
+        return _mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) == 0xFFFF;
+    }
+    TARVCORE_INLINE static void store_ascii(__m128i ascii, Utf16Unit* destination) {
+        store(destination, _mm_unpacklo_epi8(ascii, _mm_setzero_si128()));
+        store(destination + 8, _mm_unpackhi_epi8(ascii, _mm_setzero_si128()));
+    }
 };
 
 struct Ucs4 {
@@ -38,7 +69,42 @@ struct Ucs4 {
     }
     static unsigned units(std::uint32_t) { return 1; }
     static void encode(std::uint32_t c, std::uint32_t* destination) { *destination = c; }
+
+    TARVCORE_INLINE static bool load_ascii(const std::uint32_t* source, __m128i* ascii) {
+        const __m128i a = load(source);
+        const __m128i b = load(source + 4);
+        const __m128i c = load(source + 8);
+        const __m128i d = load(source + 12);
+        *ascii = _mm_packus_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d));
+        const __m128i all = _mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d));
+        const __m128i above = _mm_and_si128(all, _mm_set1_epi32(~0x7F));
+        return _mm_movemask_epi8(_mm_cmpeq_epi32(above, _mm_setzero_si128())) == 0xFFFF;
+    }
+    TARVCORE_INLINE static void store_ascii(__m128i ascii, std::uint32_t* destination) {
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i low = _mm_unpacklo_epi8(ascii, zero);
+        const __m128i high = _mm_unpackhi_epi8(ascii, zero);
+        store(destination, _mm_unpacklo_epi16(low, zero));
+        store(destination + 4, _mm_unpackhi_epi16(low, zero));
+        store(destination + 8, _mm_unpacklo_epi16(high, zero));
+        store(destination + 12, _mm_unpackhi_epi16(high, zero));
+    }
 };
+
+// `more`: what a character of four bytes makes beyond one unit.
+template <auto count_rest, unsigned more>
+BlockProgress count_utf8_blocks(const char* source, unsigned length, unsigned capacity) {
+    // No byte makes more than a unit.
+    const unsigned scannable = std::min(length, capacity);
+    if (scannable < utf8_scan_block_length || simd_level() < SimdLevel::avx2) {
+        return count_rest(source, length, capacity);
+    }
+    const Utf8Scan scan = scan_utf8_blocks(source, scannable);
+    const unsigned written = scan.characters + more * scan.of_four_bytes;
+    const BlockProgress rest =
+        count_rest(source + scan.read, length - scan.read, capacity - written);
+    return {scan.read + rest.read, written + rest.written};
+}
 
 // What there is of vector code for a pair of encodings; the general case is none.
 template <class Source, class Destination, bool counting>
@@ -73,7 +139,7 @@ template <>
 struct Blocks<Utf8, Utf16, true> {
     static constexpr unsigned least_length = utf8_block_length;
     static BlockProgress run(const char* source, unsigned length, Utf16Unit*, unsigned capacity) {
-        return count_utf8_blocks_as_utf16(source, length, capacity);
+        return count_utf8_blocks<count_utf8_blocks_as_utf16, 1>(source, length, capacity);
     }
 };
 template <>
@@ -81,7 +147,7 @@ struct Blocks<Utf8, Ucs4, true> {
     static constexpr unsigned least_length = utf8_block_length;
     static BlockProgress run(const char* source, unsigned length, std::uint32_t*,
                              unsigned capacity) {
-        return count_utf8_blocks_as_ucs4(source, length, capacity);
+        return count_utf8_blocks<count_utf8_blocks_as_ucs4, 0>(source, length, capacity);
     }
 };
 template <>
@@ -95,15 +161,39 @@ struct Blocks<Utf16, Utf8, true> {
 // Where vector code gives up, this many units go character by character before it is tried again.
 constexpr unsigned stretch = 64;
 
+// Copies the ASCII characters that a text starts with, as far as there is room, and answers how
+// many it has copied; it may leave up to a block of them to others.
 template <class Source, class Destination, bool counting>
-Progress convert(const typename Source::Unit* source, unsigned length,
-                 typename Destination::Unit* destination, unsigned capacity) {
+TARVCORE_INLINE unsigned copy_ascii(const typename Source::Unit* source, unsigned length,
+                                    typename Destination::Unit* destination, unsigned capacity) {
+    constexpr unsigned block = 16;
+    const unsigned end = std::min(length, capacity);
+    if (end < block) return 0;
+    unsigned copied = 0;
+    __m128i ascii;
+    do {
+        if (!Source::load_ascii(source + copied, &ascii)) return copied;
+        if constexpr (!counting) Destination::store_ascii(ascii, destination + copied);
+        copied += block;
+    } while (end - copied >= block);
+    // The last block once more reaches the end.
+    if (!Source::load_ascii(source + end - block, &ascii)) return copied;
+    if constexpr (!counting) Destination::store_ascii(ascii, destination + end - block);
+    return end;
+}
+
+template <class Source, class Destination, bool counting>
+TARVCORE_INLINE Progress convert(const typename Source::Unit* source, unsigned length,
+                                 typename Destination::Unit* destination, unsigned capacity) {
     using Vectors = Blocks<Source, Destination, counting>;
-    unsigned read = 0;
-    unsigned written = 0;
-    const bool use_vectors = length >= Vectors::least_length && simd_level() >= SimdLevel::ssse3;
-    while (read < length) {
-        if (use_vectors && length - read >= Vectors::least_length) {
+    unsigned read =
+        copy_ascii<Source, Destination, counting>(source, length, destination, capacity);
+    if (read == length) return {read, read, ConversionStatus::done};
+    unsigned written = read;
+    const bool use_vectors =
+        length - read >= Vectors::least_length && simd_level() >= SimdLevel::ssse3;
+    for (;;) {
+        if (use_vectors) {
             const BlockProgress blocks =
                 Vectors::run(source + read, length - read,
                              counting ? nullptr : destination + written, capacity - written);
@@ -121,8 +211,13 @@ Progress convert(const typename Source::Unit* source, unsigned length,
             read += decoded.units;
             written += units;
         }
+        if (read >= length) return {read, written, ConversionStatus::done};
+        const unsigned copied = copy_ascii<Source, Destination, counting>(
+            source + read, length - read, counting ? nullptr : destination + written,
+            capacity - written);
+        read += copied;
+        written += copied;
     }
-    return {read, written, ConversionStatus::done};
 }
 
 template <class Source, class Destination>

@@ -1,95 +1,19 @@
 #include <algorithm>
-#include <array>
 
 #include "tarvcore/impl/ssse3_util.h"
 #include "tarvcore/impl/unicode_blocks.h"
+#include "tarvcore/impl/utf8_fault_tables.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/utf8_blocks.cpp#1 $");
 
 // How a block of 16 bytes is converted: every byte is treated as if it were the last one of its
 // character, which it makes up together with the three bytes in front of it.  Bytes that are not
 // the last ones are dropped by a shuffle at the end.  No branch depends on where characters begin.
-//
-// Validation is the algorithm of Keiser and Lemire ("Validating UTF-8 in less than one instruction
-// per byte", 2021): three look-ups by half bytes find every fault of two neighbouring bytes.
 
 namespace tarvcore::impl {
 namespace {
 
 constexpr unsigned block = utf8_block_length;
-
-// A bit for every fault of two neighbours.  Code points above U+10FFFF count as faults here: they
-// are left to others.
-constexpr std::uint8_t too_short = 1 << 0;      // a lead, then no continuation
-constexpr std::uint8_t too_long = 1 << 1;       // ASCII, then a continuation
-constexpr std::uint8_t overlong_3 = 1 << 2;     // E0 80...9F
-constexpr std::uint8_t too_large = 1 << 3;      // F4 90...BF, F5...FF and a continuation
-constexpr std::uint8_t surrogate = 1 << 4;      // ED A0...BF
-constexpr std::uint8_t overlong_2 = 1 << 5;     // C0, C1 and a continuation
-constexpr std::uint8_t overlong_4 = 1 << 6;     // F0 80...8F
-constexpr std::uint8_t too_large_80 = 1 << 6;   // F5...FF 80...8F
-constexpr std::uint8_t continuations = 1 << 7;  // two: a fault unless a lead of three bytes or
-                                                // more stands in front
-constexpr std::uint8_t carry = too_short | too_long | continuations;  // what the low half decides
-                                                                      // nothing about
-
-using Nibbles = std::array<std::uint8_t, 16>;
-
-alignas(16) constexpr Nibbles by_first_high = {
-    too_long,
-    too_long,
-    too_long,
-    too_long,
-    too_long,
-    too_long,
-    too_long,
-    too_long,
-    continuations,
-    continuations,
-    continuations,
-    continuations,
-    too_short | overlong_2,
-    too_short,
-    too_short | overlong_3 | surrogate,
-    too_short | too_large | too_large_80 | overlong_4,
-};
-alignas(16) constexpr Nibbles by_first_low = {
-    carry | overlong_2 | overlong_3 | overlong_4,
-    carry | overlong_2,
-    carry,
-    carry,
-    carry | too_large,
-    carry | too_large | too_large_80,
-    carry | too_large | too_large_80,
-    carry | too_large | too_large_80,
-    carry | too_large | too_large_80,
-    carry | too_large | too_large_80,
-    carry | too_large | too_large_80,
-    carry | too_large | too_large_80,
-    carry | too_large | too_large_80,
-    carry | too_large | too_large_80 | surrogate,
-    carry | too_large | too_large_80,
-    carry | too_large | too_large_80,
-};
-constexpr std::uint8_t any_continuation = too_long | overlong_2 | continuations;
-alignas(16) constexpr Nibbles by_second_high = {
-    too_short,
-    too_short,
-    too_short,
-    too_short,
-    too_short,
-    too_short,
-    too_short,
-    too_short,
-    any_continuation | overlong_3 | too_large_80 | overlong_4,
-    any_continuation | overlong_3 | too_large,
-    any_continuation | surrogate | too_large,
-    any_continuation | surrogate | too_large,
-    too_short,
-    too_short,
-    too_short,
-    too_short,
-};
 
 // Shuffles that move the lanes together whose bit is not set in an index, and how many they are.
 template <unsigned lanes, unsigned lane_size>
@@ -159,11 +83,11 @@ TARVCORE_SSSE3_INLINE Neighbours neighbours(__m128i current, __m128i previous) {
 // Not zero where something is wrong, or might be.
 TARVCORE_SSSE3_INLINE __m128i faults(const Neighbours& n) {
     const __m128i first_high =
-        _mm_shuffle_epi8(load(by_first_high.data()), right<4>(n.before_1, 0x0F));
-    const __m128i first_low =
-        _mm_shuffle_epi8(load(by_first_low.data()), _mm_and_si128(n.before_1, bytes(0x0F)));
+        _mm_shuffle_epi8(load(utf8_faults::by_first_high.data()), right<4>(n.before_1, 0x0F));
+    const __m128i first_low = _mm_shuffle_epi8(load(utf8_faults::by_first_low.data()),
+                                               _mm_and_si128(n.before_1, bytes(0x0F)));
     const __m128i second_high =
-        _mm_shuffle_epi8(load(by_second_high.data()), right<4>(n.current, 0x0F));
+        _mm_shuffle_epi8(load(utf8_faults::by_second_high.data()), right<4>(n.current, 0x0F));
     const __m128i pairs = _mm_and_si128(_mm_and_si128(first_high, first_low), second_high);
     // Bit 7 where the third byte of three or the third or fourth of four must be.
     const __m128i third = _mm_subs_epu8(n.before_2, bytes(0xE0 - 0x80));
@@ -350,9 +274,9 @@ struct Counted {
 };
 
 template <class Destination>
-TARVCORE_SSSE3 BlockProgress convert_blocks(const char* source, unsigned length,
-                                            typename Destination::Unit* destination,
-                                            unsigned capacity) {
+TARVCORE_SSSE3_INLINE BlockProgress convert_blocks(const char* source, unsigned length,
+                                                   typename Destination::Unit* destination,
+                                                   unsigned capacity) {
     unsigned read = 0;
     unsigned written = 0;
     __m128i previous = _mm_setzero_si128();
@@ -416,21 +340,25 @@ TARVCORE_SSSE3 BlockProgress convert_blocks(const char* source, unsigned length,
 
 }  // namespace
 
-BlockProgress convert_utf8_blocks_to_utf16(const char* source, unsigned length,
-                                           Utf16Unit* destination, unsigned capacity) {
+TARVCORE_SSSE3 BlockProgress convert_utf8_blocks_to_utf16(const char* source, unsigned length,
+                                                          Utf16Unit* destination,
+                                                          unsigned capacity) {
     return convert_blocks<ToUtf16>(source, length, destination, capacity);
 }
 
-BlockProgress convert_utf8_blocks_to_ucs4(const char* source, unsigned length,
-                                          std::uint32_t* destination, unsigned capacity) {
+TARVCORE_SSSE3 BlockProgress convert_utf8_blocks_to_ucs4(const char* source, unsigned length,
+                                                         std::uint32_t* destination,
+                                                         unsigned capacity) {
     return convert_blocks<ToUcs4>(source, length, destination, capacity);
 }
 
-BlockProgress count_utf8_blocks_as_utf16(const char* source, unsigned length, unsigned capacity) {
+TARVCORE_SSSE3 BlockProgress count_utf8_blocks_as_utf16(const char* source, unsigned length,
+                                                        unsigned capacity) {
     return convert_blocks<Counted<ToUtf16>>(source, length, nullptr, capacity);
 }
 
-BlockProgress count_utf8_blocks_as_ucs4(const char* source, unsigned length, unsigned capacity) {
+TARVCORE_SSSE3 BlockProgress count_utf8_blocks_as_ucs4(const char* source, unsigned length,
+                                                       unsigned capacity) {
     return convert_blocks<Counted<ToUcs4>>(source, length, nullptr, capacity);
 }
 
