@@ -7,6 +7,7 @@
 #include <immintrin.h>
 
 #include "tarvcore/impl/simd_level.h"
+#include "tarvcore/impl/transform_vectors.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/base32_codec.cpp#1 $");
 
@@ -78,46 +79,18 @@ unsigned decode_groups_by_places(const char* text, unsigned length, unsigned cha
 
 // ---- Tables for vectors, which have 16 places.
 
-using Bytes16 = std::array<unsigned char, 16>;
-
-// A good character is found by its code's halves: the lower half's bits tell the higher halves with
-// which it makes one, and the higher half has one bit.
-constexpr unsigned bit_of_higher_half(unsigned half) {
-    return half < 2 || half > 7 ? 0 : 1u << (half - 2);
-}
-alignas(16) constexpr Bytes16 higher_bits = [] {
-    Bytes16 table{};
-    for (unsigned half = 0; half < 16; ++half)
-        table[half] = static_cast<unsigned char>(bit_of_higher_half(half));
-    return table;
-}();
-alignas(16) constexpr Bytes16 lower_bits = [] {
-    Bytes16 table{};
-    for (unsigned code = 0; code < base32_values.size(); ++code) {
-        if (base32_values[code] < padding_mark) {
-            table[code & 15] =
-                static_cast<unsigned char>(table[code & 15] | bit_of_higher_half(code >> 4));
-        }
-    }
-    return table;
-}();
+constexpr ShuffleTable lower_bits = lower_bits_of(base32_values);
+constexpr ShuffleTable lower_faults = lower_faults_of(base32_values);
 
 // By the higher half of a good character's code: what turns it into its value.
-alignas(16) constexpr Bytes16 value_less_code = [] {
-    Bytes16 table{};
+constexpr ShuffleTable value_less_code = [] {
+    ShuffleTable table{};
     for (unsigned code = 0; code < base32_values.size(); ++code) {
         if (base32_values[code] < padding_mark)
             table[code >> 4] = static_cast<unsigned char>(base32_values[code] - code);
     }
     return table;
 }();
-
-[[gnu::target("ssse3")]] inline __m128i load_table(const Bytes16& table) {
-    return _mm_load_si128(reinterpret_cast<const __m128i*>(table.data()));
-}
-[[gnu::target("avx2")]] inline __m256i load_table_twice(const Bytes16& table) {
-    return _mm256_broadcastsi128_si256(load_table(table));
-}
 
 // ---- SSSE3: 10 bytes, 16 characters.
 
@@ -257,9 +230,10 @@ constexpr unsigned avx2_chars = 32;
 [[gnu::target("avx2")]] inline bool decode_avx2(const char* text, __m256i* bytes) {
     const __m256i codes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
     const __m256i higher = _mm256_and_si256(_mm256_srli_epi32(codes, 4), _mm256_set1_epi8(15));
-    const __m256i good =
-        _mm256_and_si256(_mm256_shuffle_epi8(load_table_twice(lower_bits), codes),
-                         _mm256_shuffle_epi8(load_table_twice(higher_bits), higher));
+    const __m256i lower = _mm256_and_si256(codes, _mm256_set1_epi8(15));
+    const bool good =
+        _mm256_testz_si256(_mm256_shuffle_epi8(load_table_twice(lower_faults), lower),
+                           _mm256_shuffle_epi8(load_table_twice(higher_bits), higher)) != 0;
     const __m256i values =
         _mm256_add_epi8(codes, _mm256_shuffle_epi8(load_table_twice(value_less_code), higher));
     const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0120));
@@ -270,7 +244,7 @@ constexpr unsigned avx2_chars = 32;
         _mm256_setr_epi8(4, 3, 2, 1, 0, 12, 11, 10, 9, 8, -1, -1, -1, -1, -1, -1,  //
                          4, 3, 2, 1, 0, 12, 11, 10, 9, 8, -1, -1, -1, -1, -1, -1);
     *bytes = _mm256_shuffle_epi8(groups, order);
-    return _mm256_movemask_epi8(_mm256_cmpeq_epi8(good, _mm256_setzero_si256())) == 0;
+    return good;
 }
 
 [[gnu::target("avx2")]] inline bool decode_block_avx2(const char* text, unsigned char* bytes) {

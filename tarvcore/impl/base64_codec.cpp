@@ -7,6 +7,7 @@
 #include <immintrin.h>
 
 #include "tarvcore/impl/simd_level.h"
+#include "tarvcore/impl/transform_vectors.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/base64_codec.cpp#1 $");
 
@@ -117,12 +118,10 @@ unsigned decode_padded_group(const char* text, unsigned char* bytes) {
 
 // ---- Tables for vectors, which have 16 places.
 
-using Bytes16 = std::array<unsigned char, 16>;
-
 // What turns the value of a character into its code: the table's entry for the value's kind is
 // added.  Kinds are 0 for values up to 25, 1 up to 51, and then each value has its own.
-alignas(16) constexpr Bytes16 code_less_value = [] {
-    Bytes16 table{};
+constexpr ShuffleTable code_less_value = [] {
+    ShuffleTable table{};
     for (unsigned value = 0; value < 64; ++value) {
         const unsigned kind = value < 26 ? 0 : value < 52 ? 1 : value - 50;
         table[kind] = static_cast<unsigned char>(base64_alphabet[value] - value);
@@ -130,41 +129,15 @@ alignas(16) constexpr Bytes16 code_less_value = [] {
     return table;
 }();
 
-// A good character is found by its code's halves: the lower half's bits tell the higher halves with
-// which it makes one, and the higher half has one bit.
-constexpr unsigned bit_of_higher_half(unsigned half) {
-    return half < 2 || half > 7 ? 0x80 : 1u << (half - 2);
-}
-alignas(16) constexpr Bytes16 higher_bits = [] {
-    Bytes16 table{};
-    for (unsigned half = 0; half < 16; ++half)
-        table[half] = static_cast<unsigned char>(bit_of_higher_half(half));
-    return table;
-}();
-alignas(16) constexpr Bytes16 lower_bits = [] {
-    Bytes16 table{};
-    for (unsigned code = 0; code < base64_values.size(); ++code) {
-        if (base64_values[code] < padding_mark) {
-            table[code & 15] =
-                static_cast<unsigned char>(table[code & 15] | bit_of_higher_half(code >> 4));
-        }
-    }
-    return table;
-}();
-
-alignas(16) constexpr Bytes16 lower_faults = [] {
-    Bytes16 table{};
-    for (unsigned half = 0; half < 16; ++half)
-        table[half] = static_cast<unsigned char>(~lower_bits[half]);
-    return table;
-}();
+constexpr ShuffleTable lower_bits = lower_bits_of(base64_values);
+constexpr ShuffleTable lower_faults = lower_faults_of(base64_values);
 
 // What turns the code of a good character into its value.  It depends on the higher half of the
 // code, but for the columns of the two alphabets' special characters: the rows of these columns are
 // looked up further on.
-alignas(16) constexpr Bytes16 further_on = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 8, 0, 11};
-alignas(16) constexpr Bytes16 value_less_code = [] {
-    Bytes16 table{};
+constexpr ShuffleTable further_on = {{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 8, 0, 11}};
+constexpr ShuffleTable value_less_code = [] {
+    ShuffleTable table{};
     for (unsigned code = 0; code < base64_values.size(); ++code) {
         if (base64_values[code] >= padding_mark) continue;
         const unsigned place = ((code >> 4) + further_on[code & 15]) % 16;
@@ -183,13 +156,6 @@ static_assert(
         return true;
     }(),
     "no two characters that need different entries share one");
-
-[[gnu::target("ssse3")]] inline __m128i load_table(const Bytes16& table) {
-    return _mm_load_si128(reinterpret_cast<const __m128i*>(table.data()));
-}
-[[gnu::target("avx2")]] inline __m256i load_table_twice(const Bytes16& table) {
-    return _mm256_broadcastsi128_si256(load_table(table));
-}
 
 // ---- SSSE3: 12 bytes, 16 characters.
 
