@@ -2,6 +2,7 @@
 
 #include "tarvcore/impl/ssse3_util.h"
 #include "tarvcore/impl/unicode_blocks.h"
+#include "tarvcore/impl/unicode_codec.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/utf16_blocks.cpp#1 $");
 
@@ -14,9 +15,10 @@ namespace {
 
 constexpr unsigned block = utf16_block_length;
 
-// Shuffles that move the bytes of four lanes together.  A lane is the bytes lead, middle and last;
-// a shorter character has the last two of them, or the last.  The index has a bit for each unit
-// that takes at least two bytes and, above these, one for each that takes three.
+// Shuffles that move the bytes of four lanes together.  A lane is the lead, middle and last byte of
+// three; a shorter character has the last two of them, or the last.  One of four has its lead
+// behind these.  The index has a bit for each unit that takes two or three bytes and, above these,
+// one for each that takes three or four.
 struct PackTable {
     std::uint8_t shuffle[256][16];
     std::uint8_t length[256];
@@ -27,8 +29,11 @@ consteval PackTable make_pack_table() {
     for (unsigned index = 0; index < 256; ++index) {
         unsigned length = 0;
         for (unsigned lane = 0; lane < 4; ++lane) {
-            const unsigned bytes = 1 + (index >> lane & 1) + (index >> (lane + 4) & 1);
-            for (unsigned i = 3 - bytes; i < 3; ++i)
+            const bool two = (index >> lane & 1) != 0;
+            const bool three = (index >> (lane + 4) & 1) != 0;
+            const bool four = three && !two;
+            if (four) table.shuffle[index][length++] = static_cast<std::uint8_t>(4 * lane + 3);
+            for (unsigned i = three ? 0 : two ? 1 : 2; i < 3; ++i)
                 table.shuffle[index][length++] = static_cast<std::uint8_t>(4 * lane + i);
         }
         table.length[index] = static_cast<std::uint8_t>(length);
@@ -37,9 +42,6 @@ consteval PackTable make_pack_table() {
 }
 
 alignas(16) constexpr PackTable pack_table = make_pack_table();
-
-// The most that one store of eight units touches: what the first four make, and a whole register.
-constexpr unsigned room_for_block = 12 + 16;
 
 TARVCORE_SSSE3_INLINE __m128i units(unsigned value) {
     return _mm_set1_epi16(static_cast<short>(value));
@@ -117,47 +119,51 @@ TARVCORE_SSSE3_INLINE Sequences sequences_with_surrogates(const Pairs& pairs) {
     return all;
 }
 
-// Four units' sequences moved together; `exact` writes up to the limit and no more.
-template <bool exact>
-TARVCORE_SSSE3_INLINE unsigned put_lanes(__m128i lanes, unsigned index, unsigned limit,
-                                         char* destination) {
+// Writes four units' sequences, moved together, as far as there is room, and answers how long they
+// are.  More is written where there is room for a whole vector.
+TARVCORE_SSSE3_INLINE unsigned store_packed(__m128i lanes, unsigned index, char* destination,
+                                            unsigned room) {
     const __m128i packed = _mm_shuffle_epi8(lanes, load(pack_table.shuffle[index]));
-    unsigned length = pack_table.length[index];
-    if constexpr (exact) {
-        length = std::min(length, limit);
-        store_part(destination, packed, length);
-    } else {
+    if (room >= 16) {
         store(destination, packed);
+        return pack_table.length[index];
     }
+    const unsigned length = std::min<unsigned>(pack_table.length[index], room);
+    store_part(destination, packed, length);
     return length;
 }
 
 // For the first four units a bit each where they make two bytes, and again where they make three;
 // then the same for the last four.
-TARVCORE_SSSE3_INLINE unsigned lengths(const Sequences& made) {
+TARVCORE_SSSE3_INLINE unsigned pack_indices(const Sequences& made) {
     return static_cast<unsigned>(_mm_movemask_epi8(
         _mm_shuffle_epi32(_mm_packs_epi16(made.two, made.three), _MM_SHUFFLE(3, 1, 2, 0))));
 }
 
-template <bool exact>
-TARVCORE_SSSE3_INLINE unsigned put(const Sequences& made, unsigned limit, char* destination) {
-    const unsigned index = lengths(made);
-    const unsigned written = put_lanes<exact>(_mm_unpacklo_epi16(made.lead_and_middle, made.last),
-                                              index & 0xFF, limit, destination);
-    return written + put_lanes<exact>(_mm_unpackhi_epi16(made.lead_and_middle, made.last),
-                                      index >> 8, limit - written, destination + written);
+// What eight units can touch: what the first four make, and a whole vector.
+constexpr unsigned ample_room = 4 * 3 + 16;
+
+// Writes eight units' sequences where there is ample room, and answers their length.
+TARVCORE_SSSE3_INLINE unsigned put(const Sequences& made, char* destination) {
+    const unsigned index = pack_indices(made);
+    const unsigned first = store_packed(_mm_unpacklo_epi16(made.lead_and_middle, made.last),
+                                        index & 0xFF, destination, ample_room);
+    return first + store_packed(_mm_unpackhi_epi16(made.lead_and_middle, made.last), index >> 8,
+                                destination + first, ample_room);
 }
 
-// The last units of a source, or those for which there is hardly room.  False, and nothing written,
-// where that is too little.  The zeros with which a block is filled up make a byte each.
-TARVCORE_SSSE3_INLINE bool put_last(const Sequences& made, unsigned zeros, char* destination,
-                                    unsigned capacity, unsigned* written) {
-    const unsigned index = lengths(made);
+// The same where there may be less; 0, and nothing written, where it is too little.  The last units
+// may be zeros that fill up the block: they are not wanted.
+TARVCORE_SSSE3_INLINE unsigned put_last(const Sequences& made, unsigned zeros, char* destination,
+                                        unsigned room) {
+    const unsigned index = pack_indices(made);
     const unsigned length = pack_table.length[index & 0xFF] + pack_table.length[index >> 8] - zeros;
-    if (length > capacity - *written) return false;
-    put<true>(made, length, destination + *written);
-    *written += length;
-    return true;
+    if (length > room) return 0;
+    const unsigned first = store_packed(_mm_unpacklo_epi16(made.lead_and_middle, made.last),
+                                        index & 0xFF, destination, room);
+    store_packed(_mm_unpackhi_epi16(made.lead_and_middle, made.last), index >> 8,
+                 destination + first, room - first);
+    return length;
 }
 
 // Lanes of the lower halves of code points; false where one is above U+FFFF.
@@ -180,6 +186,49 @@ TARVCORE_SSSE3_INLINE bool all_ascii(__m128i current) {
     return _mm_movemask_epi8(have(current, 0xFF80, 0)) == 0xFFFF;
 }
 
+// Four code points in 32-bit lanes; 0, and nothing written, where there is no room for them or one
+// is not to be had.
+TARVCORE_SSSE3_INLINE unsigned put_wide(const std::uint32_t* source, char* destination,
+                                        unsigned room) {
+    const __m128i c = load(source);
+    const __m128i bad = _mm_or_si128(
+        _mm_or_si128(_mm_cmpeq_epi32(_mm_srli_epi32(c, 11), _mm_set1_epi32(0xD800 >> 11)),
+                     _mm_cmpeq_epi32(_mm_srli_epi32(c, 1), _mm_set1_epi32(0xFFFE >> 1))),
+        _mm_or_si128(_mm_cmpeq_epi32(c, _mm_set1_epi32(0xFEFF)),
+                     _mm_cmpgt_epi32(_mm_srli_epi32(c, 21), _mm_setzero_si128())));
+    if (any(bad)) return 0;
+
+    const __m128i continuation = _mm_set1_epi32(0x80);
+    const __m128i six_bits = _mm_set1_epi32(0x3F);
+    const __m128i one = _mm_cmplt_epi32(c, _mm_set1_epi32(0x80));
+    const __m128i short_lead = _mm_cmplt_epi32(c, _mm_set1_epi32(0x800));
+    const __m128i four = _mm_cmpgt_epi32(c, _mm_set1_epi32(0xFFFF));
+    const __m128i last = select(one, c, _mm_or_si128(continuation, _mm_and_si128(c, six_bits)));
+    const __m128i middle = _mm_or_si128(_mm_and_si128(_mm_srli_epi32(c, 6), six_bits),
+                                        select(short_lead, _mm_set1_epi32(0xC0), continuation));
+    const __m128i lead = _mm_or_si128(_mm_and_si128(_mm_srli_epi32(c, 12), six_bits),
+                                      select(four, continuation, _mm_set1_epi32(0xE0)));
+    const __m128i lead_of_four = _mm_or_si128(_mm_srli_epi32(c, 18), _mm_set1_epi32(0xF0));
+    const __m128i lanes =
+        _mm_or_si128(_mm_or_si128(lead, _mm_slli_epi32(middle, 8)),
+                     _mm_or_si128(_mm_slli_epi32(last, 16), _mm_slli_epi32(lead_of_four, 24)));
+
+    const __m128i neither = _mm_or_si128(one, four);
+    const auto index =
+        static_cast<unsigned>((_mm_movemask_ps(_mm_castsi128_ps(neither)) ^ 0xF) |
+                              (_mm_movemask_ps(_mm_castsi128_ps(short_lead)) ^ 0xF) << 4);
+    const unsigned length = pack_table.length[index];
+    if (length > room) return 0;
+    return store_packed(lanes, index, destination, room);
+}
+
+// What has been taken, less a high surrogate at the end, which has not met its low one.
+TARVCORE_SSSE3_INLINE BlockProgress whole_characters(const Utf16Unit* source, unsigned read,
+                                                     unsigned written) {
+    if (read != 0 && is_high_surrogate(source[read - 1])) return {read - 1, written - 2};
+    return {read, written};
+}
+
 }  // namespace
 
 TARVCORE_SSSE3 BlockProgress convert_utf16_blocks_to_utf8(const Utf16Unit* source, unsigned length,
@@ -189,58 +238,42 @@ TARVCORE_SSSE3 BlockProgress convert_utf16_blocks_to_utf8(const Utf16Unit* sourc
     __m128i previous = _mm_setzero_si128();
     // Whether the last unit read is a high surrogate.
     bool pending = false;
-    while (length - read >= block && capacity - written >= room_for_block) {
-        __m128i current = load(source + read);
-        if (!suspicious(current)) {
-            if (pending) break;
-            if (all_ascii(current)) {
-                _mm_storel_epi64(reinterpret_cast<__m128i*>(destination + written),
-                                 _mm_packus_epi16(current, current));
-                read += block;
-                written += block;
-                // A run of it.
-                while (length - read >= 4 * block && capacity - written >= 4 * block) {
-                    const __m128i next[] = {load(source + read), load(source + read + block),
-                                            load(source + read + 2 * block),
-                                            load(source + read + 3 * block)};
-                    if (!all_ascii(_mm_or_si128(_mm_or_si128(next[0], next[1]),
-                                                _mm_or_si128(next[2], next[3])))) {
-                        break;
-                    }
-                    store(destination + written, _mm_packus_epi16(next[0], next[1]));
-                    store(destination + written + 2 * block, _mm_packus_epi16(next[2], next[3]));
-                    read += 4 * block;
-                    written += 4 * block;
-                }
-                previous = _mm_setzero_si128();
+    while (length - read >= 2 * block && capacity - written >= ample_room) {
+        const __m128i current = load(source + read);
+        if (!pending && !suspicious(current)) {
+            const __m128i next = load(source + read + block);
+            // A single block of ASCII is not worth a branch that would often go wrong.
+            if (all_ascii(_mm_or_si128(current, next))) {
+                store(destination + written, _mm_packus_epi16(current, next));
+                read += 2 * block;
+                written += 2 * block;
+                previous = next;
                 continue;
             }
-            written += put<false>(sequences(current), 0, destination + written);
+            written += put(sequences(current), destination + written);
         } else {
             const Pairs pairs = {current, _mm_alignr_epi8(current, previous, 14)};
             if (any(_mm_or_si128(forbidden(current), unpaired(pairs)))) break;
-            written += put<false>(sequences_with_surrogates(pairs), 0, destination + written);
-            pending = (source[read + block - 1] & 0xFC00) == 0xD800;
+            written += put(sequences_with_surrogates(pairs), destination + written);
+            pending = is_high_surrogate(source[read + block - 1]);
         }
         read += block;
         previous = current;
     }
-
     while (read < length) {
         const unsigned taken = std::min(length - read, block);
+        // The last block is filled up with zeros.
         const __m128i current = load_part(source + read, 2 * taken);
         const Pairs pairs = {current, _mm_alignr_epi8(current, previous, 14)};
         if (any(_mm_or_si128(forbidden(current), unpaired(pairs)))) break;
-        if (!put_last(sequences_with_surrogates(pairs), block - taken, destination, capacity,
-                      &written)) {
-            break;
-        }
+        const unsigned made = put_last(sequences_with_surrogates(pairs), block - taken,
+                                       destination + written, capacity - written);
+        if (made == 0) break;
+        written += made;
         read += taken;
         previous = current;
     }
-    // A high surrogate at the end has not met its low one.
-    if (read != 0 && (source[read - 1] & 0xFC00) == 0xD800) return {read - 1, written - 2};
-    return {read, written};
+    return whole_characters(source, read, written);
 }
 
 TARVCORE_SSSE3 BlockProgress convert_ucs4_blocks_to_utf8(const std::uint32_t* source,
@@ -249,18 +282,24 @@ TARVCORE_SSSE3 BlockProgress convert_ucs4_blocks_to_utf8(const std::uint32_t* so
     unsigned read = 0;
     unsigned written = 0;
     while (length - read >= block) {
+        const unsigned room = capacity - written;
         __m128i current;
-        if (!narrow(source + read, &current)) break;
-        const bool has_room = capacity - written >= room_for_block;
-        if (suspicious(current) && any(_mm_or_si128(forbidden(current), surrogates(current)))) {
-            break;
+        if (narrow(source + read, &current)) {
+            if (suspicious(current) && any(_mm_or_si128(forbidden(current), surrogates(current)))) {
+                break;
+            }
+            const unsigned made =
+                room >= ample_room ? put(sequences(current), destination + written)
+                                   : put_last(sequences(current), 0, destination + written, room);
+            if (made == 0) break;
+            written += made;
+            read += block;
+        } else {
+            const unsigned made = put_wide(source + read, destination + written, room);
+            if (made == 0) break;
+            written += made;
+            read += block / 2;
         }
-        if (has_room) {
-            written += put<false>(sequences(current), 0, destination + written);
-        } else if (!put_last(sequences(current), 0, destination, capacity, &written)) {
-            break;
-        }
-        read += block;
     }
     return {read, written};
 }
@@ -270,7 +309,7 @@ TARVCORE_SSSE3 BlockProgress count_utf16_blocks_as_utf8(const Utf16Unit* source,
     unsigned read = 0;
     unsigned written = 0;
     __m128i previous = _mm_setzero_si128();
-    while (length - read >= block && capacity - written >= room_for_block) {
+    while (length - read >= block && capacity - written >= 3 * block) {
         const __m128i current = load(source + read);
         const Pairs pairs = {current, _mm_alignr_epi8(current, previous, 14)};
         if (any(_mm_or_si128(forbidden(current), unpaired(pairs)))) break;
@@ -284,8 +323,7 @@ TARVCORE_SSSE3 BlockProgress count_utf16_blocks_as_utf8(const Utf16Unit* source,
         read += block;
         previous = current;
     }
-    if (read != 0 && (source[read - 1] & 0xFC00) == 0xD800) return {read - 1, written - 2};
-    return {read, written};
+    return whole_characters(source, read, written);
 }
 
 }  // namespace tarvcore::impl

@@ -67,6 +67,21 @@ TARVCORE_SSSE3_INLINE __m128i right(__m128i value, int mask) {
     return _mm_and_si128(_mm_srli_epi16(value, count), bytes(mask));
 }
 
+// Writes the lanes that are not dropped, as far as there is room, and answers how many those are.
+// More are written where there is room for a whole vector.
+template <unsigned lanes, unsigned lane_size>
+TARVCORE_SSSE3_INLINE unsigned store_kept(__m128i value, const DropTable<lanes, lane_size>& table,
+                                          unsigned drop, void* destination, unsigned room) {
+    const __m128i kept = _mm_shuffle_epi8(value, load(table.shuffle[drop]));
+    if (room >= lanes) {
+        store(destination, kept);
+        return table.kept[drop];
+    }
+    const unsigned count = std::min<unsigned>(table.kept[drop], room);
+    store_part(destination, kept, count * lane_size);
+    return count;
+}
+
 // The bytes of a block and, for each of them, the one to three bytes in front of it.
 struct Neighbours {
     __m128i current;
@@ -127,9 +142,10 @@ TARVCORE_SSSE3_INLINE bool has_long_sequence(const Neighbours& n) {
     return _mm_movemask_epi8(at_least(_mm_max_epu8(n.before_2, n.before_3), 0xF0)) != 0;
 }
 
-// The destinations.  `put` writes what a block makes and answers how many units that is; it writes
-// no more than those with `exact`, else anything up to the units of a whole block.  A sequence of
-// four bytes makes its high surrogate with the third byte.
+// The destinations.  `dropped` masks the bytes with which no unit ends.  `put` writes the units of
+// a block with that mask into the room, of which there is enough for those that are wanted; if
+// there is more, it may write beyond them.  A sequence of four bytes makes its high surrogate with
+// the third byte.
 
 struct ToUtf16 {
     using Unit = Utf16Unit;
@@ -143,24 +159,8 @@ struct ToUtf16 {
         store(destination + 8, _mm_unpackhi_epi8(ascii, _mm_setzero_si128()));
     }
 
-    // Eight lanes without those that are dropped.
-    template <bool exact>
-    TARVCORE_SSSE3_INLINE static unsigned put_lanes(__m128i lanes, unsigned drop, unsigned limit,
-                                                    Utf16Unit* destination) {
-        const __m128i kept = _mm_shuffle_epi8(lanes, load(drop_of_8.shuffle[drop]));
-        unsigned count = drop_of_8.kept[drop];
-        if constexpr (exact) {
-            count = std::min(count, limit);
-            store_part(destination, kept, 2 * count);
-        } else {
-            store(destination, kept);
-        }
-        return count;
-    }
-
-    template <bool exact>
-    TARVCORE_SSSE3_INLINE static unsigned put(const Neighbours& n, unsigned limit,
-                                              Utf16Unit* destination) {
+    TARVCORE_SSSE3_INLINE static void put(const Neighbours& n, unsigned drop,
+                                          Utf16Unit* destination, unsigned room) {
         auto [low, high] = code_points(n);
         __m128i bias_low = _mm_setzero_si128();
         __m128i bias_high = _mm_setzero_si128();
@@ -180,9 +180,8 @@ struct ToUtf16 {
             _mm_add_epi16(_mm_unpacklo_epi8(low, high), _mm_unpacklo_epi8(bias_low, bias_high));
         const __m128i last =
             _mm_add_epi16(_mm_unpackhi_epi8(low, high), _mm_unpackhi_epi8(bias_low, bias_high));
-        const auto drop = static_cast<unsigned>(_mm_movemask_epi8(dropped(n)));
-        const unsigned written = put_lanes<exact>(first, drop & 0xFF, limit, destination);
-        return written + put_lanes<exact>(last, drop >> 8, limit - written, destination + written);
+        const unsigned count = store_kept(first, drop_of_8, drop & 0xFF, destination, room);
+        store_kept(last, drop_of_8, drop >> 8, destination + count, room - count);
     }
 
     // What has been written of a character of four bytes after three.
@@ -206,135 +205,68 @@ struct ToUcs4 {
         store(destination + 12, _mm_unpackhi_epi16(high, zero));
     }
 
-    // Four lanes without those that are dropped.
-    template <bool exact>
-    TARVCORE_SSSE3_INLINE static unsigned put_lanes(__m128i lanes, unsigned drop, unsigned limit,
-                                                    std::uint32_t* destination) {
-        const __m128i kept = _mm_shuffle_epi8(lanes, load(drop_of_4.shuffle[drop & 0xF]));
-        unsigned count = drop_of_4.kept[drop & 0xF];
-        if constexpr (exact) {
-            count = std::min(count, limit);
-            store_part(destination, kept, 4 * count);
-        } else {
-            store(destination, kept);
-        }
-        return count;
-    }
-
-    template <bool exact>
-    TARVCORE_SSSE3_INLINE static unsigned put(const Neighbours& n, unsigned limit,
-                                              std::uint32_t* destination) {
+    TARVCORE_SSSE3_INLINE static void put(const Neighbours& n, unsigned drop,
+                                          std::uint32_t* destination, unsigned room) {
         const auto [low, high] = code_points(n);
         const __m128i top =
             _mm_and_si128(at_least(n.before_3, 0xF0),
                           _mm_or_si128(right<4>(n.before_2, 0x03), left<2>(n.before_3, 0x1C)));
         const __m128i zero = _mm_setzero_si128();
-        const auto drop = static_cast<unsigned>(_mm_movemask_epi8(dropped(n)));
         const __m128i first_low = _mm_unpacklo_epi8(low, high);
         const __m128i first_high = _mm_unpacklo_epi8(top, zero);
-        unsigned written =
-            put_lanes<exact>(_mm_unpacklo_epi16(first_low, first_high), drop, limit, destination);
-        written += put_lanes<exact>(_mm_unpackhi_epi16(first_low, first_high), drop >> 4,
-                                    limit - written, destination + written);
         const __m128i last_low = _mm_unpackhi_epi8(low, high);
         const __m128i last_high = _mm_unpackhi_epi8(top, zero);
-        written += put_lanes<exact>(_mm_unpacklo_epi16(last_low, last_high), drop >> 8,
-                                    limit - written, destination + written);
-        return written + put_lanes<exact>(_mm_unpackhi_epi16(last_low, last_high), drop >> 12,
-                                          limit - written, destination + written);
+        unsigned count = store_kept(_mm_unpacklo_epi16(first_low, first_high), drop_of_4,
+                                    drop & 0xF, destination, room);
+        count += store_kept(_mm_unpackhi_epi16(first_low, first_high), drop_of_4, drop >> 4 & 0xF,
+                            destination + count, room - count);
+        count += store_kept(_mm_unpacklo_epi16(last_low, last_high), drop_of_4, drop >> 8 & 0xF,
+                            destination + count, room - count);
+        store_kept(_mm_unpackhi_epi16(last_low, last_high), drop_of_4, drop >> 12,
+                   destination + count, room - count);
     }
 
     static constexpr unsigned written_of_unfinished = 0;
 };
 
-// How many units a block makes.
-template <class Destination>
-TARVCORE_SSSE3_INLINE unsigned count_units(const Neighbours& n) {
-    const __m128i dropped =
-        _mm_sad_epu8(_mm_and_si128(Destination::dropped(n), bytes(1)), _mm_setzero_si128());
-    return block - static_cast<unsigned>(
-                       _mm_cvtsi128_si32(_mm_add_epi32(dropped, _mm_shuffle_epi32(dropped, 2))));
-}
-
-// Counts only.
-template <class Destination>
-struct Counted {
-    using Unit = typename Destination::Unit;
-
-    TARVCORE_SSSE3_INLINE static __m128i dropped(const Neighbours& n) {
-        return Destination::dropped(n);
-    }
-    TARVCORE_SSSE3_INLINE static void put_ascii(__m128i, Unit*) {}
-    template <bool exact>
-    TARVCORE_SSSE3_INLINE static unsigned put(const Neighbours& n, unsigned /*limit*/, Unit*) {
-        return count_units<Destination>(n);
-    }
-
-    static constexpr unsigned written_of_unfinished = Destination::written_of_unfinished;
-};
-
-template <class Destination>
+// A null destination: counts only.
+template <class Destination, bool counting>
 TARVCORE_SSSE3_INLINE BlockProgress convert_blocks(const char* source, unsigned length,
                                                    typename Destination::Unit* destination,
                                                    unsigned capacity) {
     unsigned read = 0;
     unsigned written = 0;
     __m128i previous = _mm_setzero_si128();
-    while (length - read >= block && capacity - written >= block) {
-        const __m128i current = load(source + read);
-        if (_mm_movemask_epi8(current) == 0) {
+    while (read < length) {
+        const unsigned taken = std::min(length - read, block);
+        // The last block is filled up with zeros, which make a unit each.
+        const __m128i current = load_part(source + read, taken);
+        const unsigned room = capacity - written;
+        if (_mm_movemask_epi8(current) == 0 && taken == block && room >= block) {
             if (any(unfinished(previous))) break;
-            Destination::put_ascii(current, destination + written);
-            read += block;
+            if constexpr (!counting) Destination::put_ascii(current, destination + written);
             written += block;
-            // A run of it.
-            while (length - read >= 4 * block && capacity - written >= 4 * block) {
-                const __m128i next[] = {load(source + read), load(source + read + block),
-                                        load(source + read + 2 * block),
-                                        load(source + read + 3 * block)};
-                if (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(next[0], next[1]),
-                                                   _mm_or_si128(next[2], next[3]))) != 0) {
-                    break;
-                }
-                Destination::put_ascii(next[0], destination + written);
-                Destination::put_ascii(next[1], destination + written + block);
-                Destination::put_ascii(next[2], destination + written + 2 * block);
-                Destination::put_ascii(next[3], destination + written + 3 * block);
-                read += 4 * block;
-                written += 4 * block;
-            }
-            previous = _mm_setzero_si128();
-            continue;
         } else {
             const Neighbours n = neighbours(current, previous);
             if (any(faults(n))) break;
-            written += Destination::template put<false>(n, block, destination + written);
+            const auto drop = static_cast<unsigned>(_mm_movemask_epi8(Destination::dropped(n)));
+            const unsigned made =
+                drop_of_8.kept[drop & 0xFF] + drop_of_8.kept[drop >> 8] - (block - taken);
+            if (made > room) break;
+            if constexpr (!counting) Destination::put(n, drop, destination + written, room);
+            written += made;
         }
-        read += block;
-        previous = current;
-    }
-
-    // The last of the source or of the room: up to two blocks, the last filled up with zeros, which
-    // make a unit each.
-    while (read < length) {
-        const unsigned taken = std::min(length - read, block);
-        const __m128i current = load_part(source + read, taken);
-        const Neighbours n = neighbours(current, previous);
-        if (any(faults(n))) break;
-        const unsigned zeros = block - taken;
-        const unsigned made = count_units<Destination>(n) - zeros;
-        if (made > capacity - written) break;
-        Destination::template put<true>(n, made, destination + written);
-        written += made;
         read += taken;
         previous = current;
     }
+
     // A character that is not finished has been taken up to its last byte but one at most.
     const auto* end = reinterpret_cast<const unsigned char*>(source) + read;
     if (read >= 1 && end[-1] >= 0xC0) return {read - 1, written};
     if (read >= 2 && end[-2] >= 0xE0) return {read - 2, written};
-    if (read >= 3 && end[-3] >= 0xF0)
+    if (read >= 3 && end[-3] >= 0xF0) {
         return {read - 3, written - Destination::written_of_unfinished};
+    }
     return {read, written};
 }
 
@@ -343,23 +275,23 @@ TARVCORE_SSSE3_INLINE BlockProgress convert_blocks(const char* source, unsigned 
 TARVCORE_SSSE3 BlockProgress convert_utf8_blocks_to_utf16(const char* source, unsigned length,
                                                           Utf16Unit* destination,
                                                           unsigned capacity) {
-    return convert_blocks<ToUtf16>(source, length, destination, capacity);
+    return convert_blocks<ToUtf16, false>(source, length, destination, capacity);
 }
 
 TARVCORE_SSSE3 BlockProgress convert_utf8_blocks_to_ucs4(const char* source, unsigned length,
                                                          std::uint32_t* destination,
                                                          unsigned capacity) {
-    return convert_blocks<ToUcs4>(source, length, destination, capacity);
+    return convert_blocks<ToUcs4, false>(source, length, destination, capacity);
 }
 
 TARVCORE_SSSE3 BlockProgress count_utf8_blocks_as_utf16(const char* source, unsigned length,
                                                         unsigned capacity) {
-    return convert_blocks<Counted<ToUtf16>>(source, length, nullptr, capacity);
+    return convert_blocks<ToUtf16, true>(source, length, nullptr, capacity);
 }
 
 TARVCORE_SSSE3 BlockProgress count_utf8_blocks_as_ucs4(const char* source, unsigned length,
                                                        unsigned capacity) {
-    return convert_blocks<Counted<ToUcs4>>(source, length, nullptr, capacity);
+    return convert_blocks<ToUcs4, true>(source, length, nullptr, capacity);
 }
 
 }  // namespace tarvcore::impl
