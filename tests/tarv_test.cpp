@@ -1,0 +1,218 @@
+// The tool, run as a program.  Faults to catch: bytes that change on their way (line ends, NUL,
+// what is not UTF-8, block borders of the reader); a line without its answer; an exit status or a
+// stream that is not the promised one; arguments taken apart or expanded; examples that no longer
+// hold.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+#include <fstream>
+#include <future>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tarvcore/abs_rel_time.h"
+#include "tests/support/child_process.h"
+
+namespace {
+
+using tarv_test::Outcome;
+using tarv_test::run_program;
+
+Outcome tarv(const std::vector<std::wstring>& arguments, const std::string& input = {}) {
+    return run_program(L"tarv.exe", arguments, {input});
+}
+
+std::wstring wide(const std::string& utf8) {
+    std::wstring text;
+    for (unsigned i = 0; i < utf8.size();) {
+        const auto lead = static_cast<unsigned char>(utf8[i++]);
+        const unsigned more = lead < 0xC0 ? 0 : lead < 0xE0 ? 1 : 2;
+        unsigned c = more == 0 ? lead : lead & (0x3Fu >> more);
+        for (unsigned k = 0; k < more; ++k) {
+            c = c << 6 | (static_cast<unsigned char>(utf8.at(i++)) & 0x3Fu);
+        }
+        text += static_cast<wchar_t>(c);
+    }
+    return text;
+}
+
+// What a terminal showed: a command after "$ ", what it wrote to standard output and, after "2> ",
+// to standard error, and its exit status in brackets unless that is 0.  "…" stands for any text
+// within a line.  Headings begin with "# ", and with the empty line above them.
+struct Case {
+    unsigned line;
+    std::string command;
+    std::string output;
+    std::string errors;
+    unsigned long status = 0;
+};
+
+std::vector<Case> read_cases(const std::string& path) {
+    std::ifstream file(path);
+    EXPECT_TRUE(file.is_open()) << path;
+    std::vector<Case> cases;
+    bool in_case = false;
+    unsigned number = 0;
+    for (std::string line; std::getline(file, line);) {
+        ++number;
+        if (line.starts_with("$ ")) {
+            cases.push_back({number, line.substr(2), {}, {}});
+            in_case = true;
+        } else if (line.starts_with("# ") || line.starts_with("```")) {
+            if (in_case && line[0] == '#') cases.back().output.pop_back();
+            in_case = false;
+        } else if (in_case && line.starts_with("2>")) {
+            cases.back().errors += (line.size() > 3 ? line.substr(3) : "") + '\n';
+        } else if (in_case && line.starts_with("[") && line.size() == 3 && line[2] == ']') {
+            cases.back().status = static_cast<unsigned long>(line[1] - '0');
+        } else if (in_case) {
+            cases.back().output += line + '\n';
+        }
+    }
+    return cases;
+}
+
+// Words as a shell takes them, with '…', "…" and | alone.
+std::vector<std::string> words_of(const std::string& command) {
+    std::vector<std::string> words;
+    bool in_word = false;
+    char quote = '\0';
+    for (const char c : command) {
+        if (quote != '\0' ? c == quote : c == '\'' || c == '"') {
+            quote = quote != '\0' ? '\0' : c;
+            if (!in_word) words.emplace_back();
+            in_word = true;
+        } else if (c == ' ' && quote == '\0') {
+            in_word = false;
+        } else {
+            if (!in_word) words.emplace_back();
+            in_word = true;
+            words.back() += c;
+        }
+    }
+    return words;
+}
+
+// The escapes of printf: \n, \r, \t, \\ and \xHH.
+std::string unescaped(const std::string& format) {
+    std::string text;
+    for (unsigned i = 0; i < format.size(); ++i) {
+        if (format[i] != '\\') {
+            text += format[i];
+            continue;
+        }
+        const char kind = format.at(++i);
+        if (kind == 'x') {
+            text += static_cast<char>(std::stoi(format.substr(i + 1, 2), nullptr, 16));
+            i += 2;
+        } else {
+            text += kind == 'n' ? '\n' : kind == 'r' ? '\r' : kind == 't' ? '\t' : kind;
+        }
+    }
+    return text;
+}
+
+bool agree(std::string_view pattern, std::string_view text) {
+    constexpr std::string_view any = "\xE2\x80\xA6";
+    const auto gap = pattern.find(any);
+    if (gap == pattern.npos) return pattern == text;
+    if (text.substr(0, gap) != pattern.substr(0, gap)) return false;
+    const auto line_end = text.find('\n', gap);
+    for (auto i = gap; i <= std::min(line_end, text.size()); ++i) {
+        if (agree(pattern.substr(gap + any.size()), text.substr(i))) return true;
+    }
+    return false;
+}
+
+Outcome run_command(const std::string& command) {
+    std::vector<std::string> words = words_of(command);
+    std::string input;
+    if (words.at(0) == "printf" && words.at(2) == "|") {
+        input = unescaped(words.at(1));
+        words.erase(words.begin(), words.begin() + 3);
+    }
+    if (words.at(0) != "tarv" && words.at(0) != "./tarv") throw std::runtime_error("what is this?");
+    std::vector<std::wstring> arguments;
+    for (unsigned i = 1; i < words.size(); ++i) {
+        arguments.push_back(wide(words[i]));
+    }
+    return tarv(arguments, input);
+}
+
+void run_cases(const std::string& path, unsigned least) {
+    const std::vector<Case> cases = read_cases(path);
+    EXPECT_GE(cases.size(), least) << path;
+    // A process's life is mostly waiting: a few at a time.
+    std::deque<std::future<Outcome>> running;
+    unsigned started = 0;
+    for (const Case& c : cases) {
+        for (; started < cases.size() && running.size() < 4; ++started) {
+            running.push_back(std::async(std::launch::async, run_command, cases[started].command));
+        }
+        SCOPED_TRACE(path + ':' + std::to_string(c.line) + ": " + c.command);
+        const Outcome outcome = running.front().get();
+        running.pop_front();
+        EXPECT_TRUE(agree(c.output, outcome.output)) << c.output << "but it was:\n"
+                                                     << outcome.output;
+        EXPECT_TRUE(agree(c.errors, outcome.errors)) << c.errors << "but it was:\n"
+                                                     << outcome.errors;
+        EXPECT_EQ(outcome.status, c.status);
+    }
+}
+
+TEST(Tarv, AnswersAsTheCasesSay) {
+    run_cases(TEST_DATA_FOLDER "/tarv_cases.txt", 40);
+}
+
+TEST(Tarv, DoesWhatItsManualShows) {
+    run_cases(TEST_DATA_FOLDER "/../../docs/tool.md", 10);
+}
+
+TEST(Tarv, PassesEveryByteThroughLineMode) {
+    // Templates without places and values come back as they are.  The lengths lead over the borders
+    // of blocks at every phase, and some lines are longer than any block.
+    std::mt19937 random(20140716);
+    std::string input;
+    for (int i = 0; i < 3000; ++i) {
+        const unsigned length = i % 500 == 0 ? 700'000 : random() % 900;
+        for (unsigned k = 0; k < length; ++k) {
+            const char byte = static_cast<char>(random());
+            input += byte == '\n' || byte == '\t' ? '{' : byte;
+        }
+        input += '\n';
+    }
+    const Outcome outcome = tarv({L"error", L"expand", L"-"}, input);
+    EXPECT_TRUE(outcome.output == input);
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(outcome.status, 0u);
+}
+
+TEST(Tarv, TellsTheTime) {
+    using tarvcore::AbsoluteTime;
+    const AbsoluteTime before = AbsoluteTime::now();
+    const std::string text = tarv({L"time", L"now"}).output;
+    ASSERT_TRUE(text.ends_with("Z\n"));
+    const AbsoluteTime time = AbsoluteTime::from_string(text.substr(0, text.size() - 1));
+    EXPECT_LE(before, time);
+    EXPECT_LE(time, AbsoluteTime::now());
+}
+
+TEST(Tarv, ReportsAnOutputThatNobodyReads) {
+    const Outcome outcome =
+        run_program(L"tarv.exe", {L"error", L"expand", L"x"}, {.input = {}, .reads_output = false});
+    EXPECT_TRUE(outcome.errors.starts_with("tarv: Cannot write the output: ")) << outcome.errors;
+    EXPECT_EQ(outcome.status, 1u);
+}
+
+TEST(Tarv, RefusesAnArgumentThatIsNotUnicode) {
+    const Outcome outcome = tarv({L"error", L"expand", {L'a', 0xD800, L'b'}});
+    EXPECT_EQ(outcome.errors, "tarv: argument 3 is not valid Unicode text\n");
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.status, 2u);
+}
+
+}  // namespace

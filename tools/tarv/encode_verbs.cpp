@@ -1,0 +1,160 @@
+// Bytes as text and back, on arguments, lines, and files of any size.
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tarvcore/config.h"
+#include "tarvcore/error_exception.h"
+#include "tarvcore/error_info.h"
+#include "tarvcore/transforms.h"
+#include "tools/tarv/byte_source.h"
+#include "tools/tarv/families.h"
+
+TARVCORE_SOURCE_FILE("$Id: //tools/tarv/encode_verbs.cpp#1 $");
+
+namespace tarv {
+namespace {
+
+using tarvcore::ErrorInfo;
+using tarvcore::HexTransform;
+
+constexpr unsigned piece_size = 1 << 16;
+
+// A verb that takes a file, or standard input, in place of arguments and lines.
+class FileVerb : public LineVerb {
+public:
+    using LineVerb::LineVerb;
+
+    void add_options(CLI::App& app) override {
+        app.add_option("--file", file_, "Take this file's bytes (- for standard input), raw");
+        app.add_flag("--hex", hex_, "Bytes of arguments and lines are hexadecimal digits");
+        app.add_flag("--no-pad", no_pad_, "Without padding");
+    }
+
+    bool run(const Request& request, Output& output, Output& errors) override {
+        if (file_.empty()) return LineVerb::run(request, output, errors);
+        if (!request.inputs.empty()) throw UsageError("--file is the input: give no other");
+        if (hex_ || request.json || request.crlf) {
+            throw UsageError("--file is raw: it goes without --hex, --json and --crlf");
+        }
+        ByteSource source(file_);
+        try {
+            convert_file(source, output);
+            return true;
+        } catch (const tarvcore::ErrorException& e) {
+            if (!e.matches("error.tarvcore.transforms")) throw;
+            // In order, where both streams lead to one place.
+            output.flush();
+            errors.write(trace_text(*e.error()));
+            return false;
+        }
+    }
+
+protected:
+    virtual void convert_file(ByteSource& source, Output& output) = 0;
+
+    bool hex() const { return hex_; }
+    bool pad() const { return !no_pad_; }
+
+private:
+    std::string file_;
+    bool hex_ = false;
+    bool no_pad_ = false;
+};
+
+template <class Transform>
+class EncodeVerb : public FileVerb {
+public:
+    explicit EncodeVerb(const char* name, const char* summary)
+        : FileVerb({name, "BYTES...", summary,
+                    "BYTES are those of the argument or line, or with --hex its digits' values.\n"
+                    "The text of a file has no line ends, not even at its end.\n"
+                    "\n"
+                    "  tarv encode base64 foobar\n"
+                    "  tarv encode base64 --hex 00ff\n"
+                    "  tarv encode base64 --file picture.png"}) {}
+
+protected:
+    ErrorInfo::Ptr convert(Fields fields, Result& result) override {
+        std::string decoded;
+        std::string_view bytes = fields[0];
+        if (hex()) {
+            if (auto error = HexTransform::decode_nothrow(bytes, &decoded)) return error;
+            bytes = decoded;
+        }
+        result.text("text", Transform::encode(bytes, pad()));
+        return {};
+    }
+
+    void convert_file(ByteSource& source, Output& output) override {
+        std::vector<char> bytes(piece_size);
+        std::vector<char> text(Transform::encoded_size(piece_size) + 8);
+        typename Transform::Encoder encoder(pad());
+        while (const unsigned size = source.read(bytes)) {
+            const char* const end = encoder.write(bytes.data(), bytes.data() + size, text.data());
+            output.write(std::string_view(text.data(), end));
+        }
+        const char* const end = encoder.finish(text.data());
+        output.write(std::string_view(text.data(), end));
+    }
+};
+
+template <class Transform>
+class DecodeVerb : public FileVerb {
+public:
+    explicit DecodeVerb(const char* name, const char* summary)
+        : FileVerb(
+              {name, "TEXT...", summary,
+               "Nothing in TEXT is passed over, white space and line ends neither. Padding is\n"
+               "complete or, with --no-pad, may be missing. Answers the bytes as they are, or\n"
+               "with --hex as digits; a file's bytes with nothing behind them.\n"
+               "\n"
+               "  tarv decode base64 Zm9vYmFy\n"
+               "  tarv decode base64 --hex AP8=\n"
+               "  tarv decode base64 --file picture.txt"}) {}
+
+protected:
+    ErrorInfo::Ptr convert(Fields fields, Result& result) override {
+        std::string bytes;
+        if (auto error = Transform::decode_nothrow(fields[0], &bytes, pad())) return error;
+        result.text("bytes", hex() ? HexTransform::encode(bytes) : bytes);
+        return {};
+    }
+
+    void convert_file(ByteSource& source, Output& output) override {
+        std::vector<char> text(piece_size);
+        std::vector<char> bytes(Transform::max_decoded_size(piece_size) + 8);
+        typename Transform::Decoder decoder(pad());
+        while (const unsigned length = source.read(text)) {
+            const char* const end = decoder.write(text.data(), text.data() + length, bytes.data());
+            output.write(std::string_view(bytes.data(), end));
+        }
+        decoder.finish();
+    }
+};
+
+}  // namespace
+
+Verbs encode_verbs() {
+    Verbs verbs;
+    verbs.push_back(
+        std::make_unique<EncodeVerb<tarvcore::Base64Transform>>("base64", "Bytes to Base64"));
+    verbs.push_back(
+        std::make_unique<EncodeVerb<tarvcore::Base32Transform>>("base32", "Bytes to Base32"));
+    verbs.push_back(std::make_unique<EncodeVerb<HexTransform>>("hex", "Bytes to two digits each"));
+    return verbs;
+}
+
+Verbs decode_verbs() {
+    Verbs verbs;
+    verbs.push_back(
+        std::make_unique<DecodeVerb<tarvcore::Base64Transform>>("base64", "Base64 to bytes"));
+    verbs.push_back(
+        std::make_unique<DecodeVerb<tarvcore::Base32Transform>>("base32", "Base32 to bytes"));
+    verbs.push_back(std::make_unique<DecodeVerb<HexTransform>>("hex", "Two digits each to bytes"));
+    return verbs;
+}
+
+}  // namespace tarv

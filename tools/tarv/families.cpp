@@ -1,0 +1,18 @@
+#include "tools/tarv/families.h"
+
+#include "tarvcore/config.h"
+
+TARVCORE_SOURCE_FILE("$Id: //tools/tarv/families.cpp#1 $");
+
+namespace tarv {
+
+std::span<const Family> families() {
+    static constexpr Family table[] = {
+        {"tour", "The library at work, told step by step", tour_verbs},
+        {"time", "Points in time: text, nanoseconds since 1970, calendar", time_verbs},
+        {"error", "Error codes and messages, and those of the operating system", error_verbs},
+    };
+    return table;
+}
+
+}  // namespace tarv

@@ -1,0 +1,24 @@
+// The table of verbs.
+#pragma once
+
+#include <span>
+
+#include "tools/tarv/verb.h"
+
+namespace tarv {
+
+// Verbs that share their first word: "time" for "time parse" and its like.
+struct Family {
+    const char* name;
+    const char* summary;
+    Verbs (*verbs)();
+};
+
+std::span<const Family> families();
+
+// One for each file NAME_verbs.cpp.
+Verbs tour_verbs();
+Verbs time_verbs();
+Verbs error_verbs();
+
+}  // namespace tarv

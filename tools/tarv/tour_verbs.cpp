@@ -1,0 +1,145 @@
+// A guided tour: what programs do with the library, done before the reader's eyes.
+#include <string>
+#include <string_view>
+
+#include "tarvcore/abs_rel_time.h"
+#include "tarvcore/config.h"
+#include "tarvcore/error_exception.h"
+#include "tools/tarv/families.h"
+
+TARVCORE_SOURCE_FILE("$Id: //tools/tarv/tour_verbs.cpp#1 $");
+
+namespace tarv {
+namespace {
+
+using tarvcore::AbsoluteTime;
+using tarvcore::ErrorException;
+
+// Writes a road's story: numbered steps, each of prose, of code that is run and of what came of it.
+class Story {
+public:
+    explicit Story(Output& output) : output_(output) {}
+
+    void title(std::string_view text) {
+        output_.write('\n' + std::string(text) + '\n' + std::string(text.size(), '-') + '\n');
+        step_ = 0;
+    }
+    void step(std::string_view text) {
+        output_.write('\n' + std::to_string(++step_) + ". ");
+        prose(text, false);
+    }
+    void prose(std::string_view text, bool apart = true) {
+        if (apart) output_.write("\n   ");
+        for (const char c : text) {
+            output_.write(std::string_view(&c, 1));
+            if (c == '\n') output_.write("   ");
+        }
+        output_.write("\n");
+    }
+    void lines(std::string_view text) {
+        output_.write("\n");
+        while (!text.empty()) {
+            const std::string_view line = text.substr(0, text.find('\n'));
+            output_.write("       " + std::string(line) + '\n');
+            text.remove_prefix(std::min(line.size() + 1, text.size()));
+        }
+    }
+
+private:
+    Output& output_;
+    unsigned step_ = 0;
+};
+
+std::string call_of(const char* text) {
+    return "AbsoluteTime::from_string(\"" + std::string(text) + "\")";
+}
+
+std::string test_of(const ErrorException& e, const char* family) {
+    return "e.matches(\"" + std::string(family) + "\") is " +
+           (e.matches(family) ? "true" : "false");
+}
+
+// A time text that cannot be read: raised, caught, recognised, logged.
+void error_road(Story& story) {
+    const char* good = "2014-07-16T13:23:00Z";
+    const char* bad = "2014-07-16X13:23:00Z";
+
+    story.title("First road: an error, from the place that raises it to the log");
+
+    story.step("A program reads a time:");
+    story.lines(call_of(good));
+    const AbsoluteTime time = AbsoluteTime::from_string(good);
+    story.prose("The answer is a point in time: " + std::to_string(time.as_nsec()) +
+                " nanoseconds after\n1970-01-01 00:00:00 UTC. Printed, it is " + time.as_string() +
+                ".");
+
+    story.step("The next text has an \"X\" between date and time:");
+    story.lines(call_of(bad));
+    try {
+        const AbsoluteTime unexpected = AbsoluteTime::from_string(bad);
+        story.prose("It was taken for " + unexpected.as_string() + ".");
+    } catch (const ErrorException& e) {
+        const auto& error = *e.error();
+        story.prose(
+            "No time can be made of it, and so the call throws. All failures in this library\n"
+            "are thrown as one type, tarvcore::ErrorException.");
+
+        story.step(
+            "The program catches it. The exception holds a record of what happened, and the\n"
+            "record has a code, from the general to the particular:");
+        story.lines(error.code().as_string());
+
+        story.step(
+            "What to do about it depends on the kind of error. Codes that begin alike, up to a\n"
+            "dot, are a family, and the program asks for the family that it can handle:");
+        story.lines(test_of(e, "error.tarvcore.absoluteTime") + '\n' +
+                    test_of(e, "error.tarvcore") + '\n' + test_of(e, "error.tarvcore.uuid") + '\n' +
+                    test_of(e, "error.tarvcore.abs"));
+        story.prose("The last one is half a word, which is no family.");
+
+        story.step(
+            "The message was not put together until now. The record holds a template and the\n"
+            "values that belong into it, and so raising an error costs no formatting:");
+        std::string parts = error.message().as_string();
+        for (const auto& [name, value] : error.params()) {
+            parts += '\n' + name.as_string() + " = " + value;
+        }
+        story.lines(parts);
+
+        story.step(
+            "The log gets e.what(), which tells everything, the place in the source included:");
+        story.lines(e.what() + 1);
+    }
+}
+
+class TourVerb : public Verb {
+public:
+    TourVerb() : Verb({"", "", "The library at work, told step by step", ""}) {}
+
+    bool has_json() const override { return false; }
+    bool run(const Request&, Output& output, Output&) override {
+        static constexpr void (*roads[])(Story&) = {error_road};
+
+        output.write("This is tarvcore at work: every value below has just been computed by it.\n");
+        Story story(output);
+        for (const auto road : roads) {
+            road(story);
+        }
+        output.write(
+            "\nNow try your own:\n"
+            "    tarv time parse \"2014-07-16 13:23:00.25\"\n"
+            "    tarv time parse yesterday\n"
+            "    tarv --help\n");
+        return true;
+    }
+};
+
+}  // namespace
+
+Verbs tour_verbs() {
+    Verbs verbs;
+    verbs.push_back(std::make_unique<TourVerb>());
+    return verbs;
+}
+
+}  // namespace tarv
