@@ -1,0 +1,50 @@
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+
+#include "bench/topics.h"
+
+namespace {
+
+// Gives the heap free blocks of every small size between used ones, as the heap of a program that
+// has run for a while has.  In a new heap a block is split off the one large free block and merged
+// with it again: that takes twice the time, and not the same for all sizes and candidates.
+void age_heap() {
+    constexpr int blocks_of_a_size = 64;
+    for (std::size_t size = 8; size <= 1024; size += 8) {
+        std::array<void*, blocks_of_a_size> holes;
+        for (void*& hole : holes) {
+            hole = std::malloc(size);
+            [[maybe_unused]] void* volatile separator = std::malloc(size);
+        }
+        for (void* hole : holes)
+            std::free(hole);
+    }
+}
+
+void add_rows() {
+    using namespace tarv_bench;
+    add_ref_count_ptr_rows();
+    add_source_string_rows();
+    add_error_code_rows();
+    add_error_params_rows();
+    add_error_info_rows();
+    add_error_exception_rows();
+    add_ucsutil_rows();
+    add_transforms_rows();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::AddCustomContext("compiler", "GCC " __VERSION__);
+    benchmark::AddCustomContext("flags", BENCH_FLAGS);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    add_rows();
+    age_heap();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+}

@@ -1,0 +1,15 @@
+// The benchmarks of each topic, in the order in which the table shows them.
+#pragma once
+
+namespace tarv_bench {
+
+void add_ref_count_ptr_rows();
+void add_source_string_rows();
+void add_error_code_rows();
+void add_error_params_rows();
+void add_error_info_rows();
+void add_error_exception_rows();
+void add_ucsutil_rows();
+void add_transforms_rows();
+
+}  // namespace tarv_bench
