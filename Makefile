@@ -35,10 +35,10 @@ exports:  ## Rewrite cmake/exports.txt after a change of what the library export
 	@scripts/build.sh release tarvcore
 	@scripts/exports.sh > cmake/exports.txt
 
-bench:  ## Measure the library and its peers: one table
+bench:  ## Measure the library and its peers: one table; make bench ROWS="record|throw" shows some
 	@scripts/setup.sh bench
-	@scripts/build.sh bench
-	@scripts/bench.sh
+	@scripts/build.sh bench tarvcore_bench
+	@scripts/bench.sh "$(ROWS)"
 
 clean:  ## Remove what was built here (the cache with ACE stays)
 	@rm -rf build
