@@ -33,7 +33,8 @@ check:  ## Format, layers, headers, exported symbols, lints, links of the docume
 exports:  ## Rewrite cmake/exports.txt after a change of what the library exports
 	@scripts/setup.sh
 	@scripts/build.sh release tarvcore
-	@scripts/exports.sh > cmake/exports.txt
+	@scripts/exports.sh > build/exports.txt
+	@mv build/exports.txt cmake/exports.txt
 
 bench:  ## Measure the library and its peers: one table; make bench ROWS="record|throw" shows some
 	@scripts/setup.sh bench

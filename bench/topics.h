@@ -11,5 +11,8 @@ void add_error_info_rows();
 void add_error_exception_rows();
 void add_ucsutil_rows();
 void add_transforms_rows();
+void add_abs_rel_time_rows();
+void add_calendar_rows();
+void add_absolute_time_text_rows();
 
 }  // namespace tarv_bench

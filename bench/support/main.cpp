@@ -34,6 +34,9 @@ void add_rows() {
     add_error_exception_rows();
     add_ucsutil_rows();
     add_transforms_rows();
+    add_abs_rel_time_rows();
+    add_calendar_rows();
+    add_absolute_time_text_rows();
 }
 
 }  // namespace
