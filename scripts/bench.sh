@@ -11,7 +11,7 @@ run "measure" "$root/scripts/wine-run" "$build" "$build/bin/tarvcore_bench.exe" 
     --benchmark_filter="^[^/]*(${1:-.})" \
     --benchmark_enable_random_interleaving=true \
     --benchmark_repetitions="${REPETITIONS:-11}" \
-    --benchmark_min_time="${SECONDS_EACH:-0.05}" \
+    --benchmark_min_time="${SECONDS_EACH:-0.02}" \
     --benchmark_report_aggregates_only=true \
     --benchmark_out="Z:${results//\//\\}" --benchmark_out_format=json
 "$root/scripts/bench_table.py" "$results"

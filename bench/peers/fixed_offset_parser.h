@@ -75,9 +75,10 @@ inline bool parse_fixed_offset(const char* text, std::size_t length, std::int64_
     const std::int32_t days =
         neri_schneider::days_from_date({static_cast<std::int32_t>(year), month, day});
     const std::uint32_t second_of_day = (hour * 60 + minute) * 60 + second;
-    constexpr std::int64_t ns_per_day = std::int64_t{86400} * 1000000000;
-    *nanoseconds =
-        days * ns_per_day + std::int64_t{std::uint64_t{second_of_day} * 1000000000} + fraction;
+    constexpr std::uint32_t ns_per_second = 1000000000;
+    constexpr std::int64_t ns_per_day = std::int64_t{86400} * ns_per_second;
+    const std::uint64_t ns_of_day = std::uint64_t{second_of_day} * ns_per_second + fraction;
+    *nanoseconds = days * ns_per_day + static_cast<std::int64_t>(ns_of_day);
     return true;
 }
 
