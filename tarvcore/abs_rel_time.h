@@ -305,7 +305,7 @@ public:
     // negative day and for one outside the years 0 to 32767.
     constexpr explicit Components(int jdn) : hour_(12) {
         if (jdn < 0) raise_negative_day(jdn);
-        set_date(static_cast<std::uint32_t>(jdn));
+        set_date(checked_date(static_cast<std::uint32_t>(jdn)));
     }
     // A full Julian date, truncated to nanoseconds or rounded to the nearest second; positive
     // infinity is `infinite`.  Raises "error.tarvcore.cast..." like the form above.
@@ -342,12 +342,19 @@ public:
     friend constexpr auto operator<=>(const Components&, const Components&) = default;
 
 private:
-    constexpr void set_date(std::uint32_t jdn) {
+    static constexpr impl::Date checked_date(std::uint32_t jdn) {
         if (!impl::has_date(jdn)) raise_no_date(jdn);
-        const impl::Date date = impl::date_from_jdn(jdn);
+        return impl::date_from_jdn(jdn);
+    }
+    constexpr void set_date(const impl::Date& date) {
         year_ = static_cast<std::int16_t>(date.year);
         month_ = static_cast<std::uint16_t>(date.month);
         day_ = static_cast<std::uint16_t>(date.day);
+    }
+    constexpr void set_time(const impl::TimeOfDay& time) {
+        hour_ = static_cast<std::uint16_t>(time.hour);
+        minute_ = static_cast<std::uint16_t>(time.minute);
+        second_ = static_cast<std::uint16_t>(time.second);
     }
     // For days without a date.
     [[noreturn]] TARVCORE_COLD static void raise_no_date(std::uint32_t jdn);

@@ -66,14 +66,8 @@ AbsoluteTime::Components::Components(const AbsoluteTime& time) {
         return;
     }
     const impl::DayAndTime split = impl::split_count(time.as_nsec());
-    const impl::Date date = impl::date_from_jdn(split.jdn);
-    const impl::TimeOfDay clock = impl::split_second_of_day(split.second_of_day);
-    year_ = static_cast<std::int16_t>(date.year);
-    month_ = static_cast<std::uint16_t>(date.month);
-    day_ = static_cast<std::uint16_t>(date.day);
-    hour_ = static_cast<std::uint16_t>(clock.hour);
-    minute_ = static_cast<std::uint16_t>(clock.minute);
-    second_ = static_cast<std::uint16_t>(clock.second);
+    set_date(impl::date_from_jdn(split.jdn));
+    set_time(impl::split_second_of_day(split.second_of_day));
     nanosecond_ = split.nanosecond;
 }
 
@@ -93,32 +87,26 @@ AbsoluteTime::Components::Components(double jd, bool round_to_second) {
 
     auto day = static_cast<std::uint32_t>(jd);
     auto fraction = static_cast<std::uint64_t>((jd - day) * units_per_day);
-    std::uint32_t hour = 12;
+    std::uint32_t first_second = seconds_per_half_day;
     if (fraction >= half_day) {  // the civil day after noon
         fraction -= half_day;
         ++day;
-        hour = 0;
+        first_second = 0;
     }
     // 2^32 units are 86400 * 10^9 ns, which is 2^16 * 675 * 5^9; the product has 63 bits.
     const std::uint64_t ns = fraction * (impl::ns_per_day >> 16) >> 16;
-    auto second = static_cast<std::uint32_t>(ns / ns_per_second);
-    auto nanosecond = static_cast<std::uint32_t>(ns % ns_per_second);
+    std::uint32_t second = first_second + static_cast<std::uint32_t>(ns / ns_per_second);
+    nanosecond_ = static_cast<std::uint32_t>(ns % ns_per_second);
     if (round_to_second) {
-        if (nanosecond >= ns_per_second / 2) ++second;
-        nanosecond = 0;
+        if (nanosecond_ >= ns_per_second / 2) ++second;
+        nanosecond_ = 0;
     }
-    if (hour == 12 && second == seconds_per_half_day) {
-        ++day;
-        hour = 0;
+    if (second == impl::seconds_per_day) {
         second = 0;
+        ++day;
     }
-
-    set_date(day);
-    const impl::TimeOfDay clock = impl::split_second_of_day(second);
-    hour_ = static_cast<std::uint16_t>(hour + clock.hour);
-    minute_ = static_cast<std::uint16_t>(clock.minute);
-    second_ = static_cast<std::uint16_t>(clock.second);
-    nanosecond_ = nanosecond;
+    set_date(checked_date(day));
+    set_time(impl::split_second_of_day(second));
 }
 
 void AbsoluteTime::Components::raise_negative_day(std::int64_t jdn) {

@@ -14,9 +14,11 @@
 class ACE_Time_Value;
 struct timeval;
 struct timespec;
+// NOLINTBEGIN(bugprone-reserved-identifier): the system has reserved them.
 struct _timespec64;
 struct _FILETIME;
 struct _SYSTEMTIME;
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace tarvcore::impl {
 
