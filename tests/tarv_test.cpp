@@ -191,6 +191,22 @@ TEST(Tarv, PassesEveryByteThroughLineMode) {
     EXPECT_EQ(outcome.status, 0u);
 }
 
+TEST(Tarv, PassesEveryByteThroughEncodings) {
+    // More than one piece, and ends in each phase of a group.
+    std::mt19937 random(20140716);
+    for (unsigned size = 200'000; size < 200'005; ++size) {
+        std::string bytes(size, '\0');
+        std::ranges::generate(bytes, [&] { return static_cast<char>(random()); });
+        for (const std::wstring encoding : {L"base64", L"base32", L"hex"}) {
+            const Outcome text = tarv({L"encode", encoding, L"--file", L"-"}, bytes);
+            ASSERT_EQ(text.status, 0u);
+            const Outcome back = tarv({L"decode", encoding, L"--file", L"-"}, text.output);
+            ASSERT_EQ(back.status, 0u);
+            ASSERT_TRUE(back.output == bytes) << size;
+        }
+    }
+}
+
 TEST(Tarv, TellsTheTime) {
     using tarvcore::AbsoluteTime;
     const AbsoluteTime before = AbsoluteTime::now();

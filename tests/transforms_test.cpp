@@ -401,6 +401,26 @@ TYPED_TEST(Transforms, PiecesAnswerTheSameAsTheWhole) {
         ASSERT_EQ(end, decoded.data() + decoded.size());
         ASSERT_EQ(decoded, bytes) << piece;
     }
+
+    // A fault is found in whatever piece it is.
+    for (const std::string& bad : {text + text + "!", text.substr(1)}) {
+        const std::string expected = oracle_decode(this->rules(), bad, true).fault;
+        for (unsigned piece = 1; piece <= bad.size(); ++piece) {
+            typename TypeParam::Decoder decoder;
+            std::vector<unsigned char> decoded(bad.size());
+            std::string fault;
+            try {
+                for (unsigned i = 0; i < bad.size(); i += piece) {
+                    const std::string part = bad.substr(i, piece);
+                    decoder.write(part.begin(), part.end(), decoded.begin());
+                }
+                decoder.finish();
+            } catch (const ErrorException& e) {
+                fault = fault_of(e.error());
+            }
+            ASSERT_EQ(fault, expected) << piece;
+        }
+    }
 }
 
 TEST(Transform, SizesDoNotWrap) {

@@ -16,9 +16,11 @@ struct Family {
 
 std::span<const Family> families();
 
-// One for each file NAME_verbs.cpp.
+// One for each family; those of a file NAME_verbs.cpp belong together.
 Verbs tour_verbs();
 Verbs time_verbs();
+Verbs encode_verbs();
+Verbs decode_verbs();
 Verbs error_verbs();
 
 }  // namespace tarv
