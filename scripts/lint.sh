@@ -12,7 +12,8 @@ options=(--quiet -p "${1:-build/release}"
     --extra-arg=-isystem"$headers"
     --extra-arg=-isystem"$headers/i686-w64-mingw32"
     --extra-arg=-isystem"$headers/backward"
-    --extra-arg=-Wno-unknown-warning-option)
+    --extra-arg=-Wno-unknown-warning-option
+    --extra-arg=-Wno-sign-conversion) # which GCC's -Wconversion does not include
 
 folders=(tarvcore tools)
 [[ -d tarvmoduleregistry ]] && folders+=(tarvmoduleregistry)

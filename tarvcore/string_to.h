@@ -51,7 +51,7 @@ TARVCORE_API void string_to_failure(const wchar_t* text, unsigned length,
                                     const std::type_info& target, ErrorInfo::Ptr* error);
 
 template <class T>
-concept CharacterType = std::same_as<T, wchar_t> || std::same_as<T, char8_t> ||
+concept EncodingUnit = std::same_as<T, wchar_t> || std::same_as<T, char8_t> ||
     std::same_as<T, char16_t> || std::same_as<T, char32_t>;
 
 }  // namespace impl
@@ -59,7 +59,7 @@ concept CharacterType = std::same_as<T, wchar_t> || std::same_as<T, char8_t> ||
 // What string_to makes: bool, the integers (char, signed char and unsigned char are numbers too),
 // float and double.
 template <class T>
-concept StringValue = (std::integral<T> && !impl::CharacterType<T>) || std::same_as<T, float> ||
+concept StringValue = (std::integral<T> && !impl::EncodingUnit<T>) || std::same_as<T, float> ||
                       std::same_as<T, double>;
 
 // The value that a text denotes from its first character to its last.  Blanks around it are not
