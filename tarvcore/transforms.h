@@ -62,8 +62,8 @@ public:
     //     while (read(&piece)) out = encoder.write(piece.begin(), piece.end(), out);
     //     out = encoder.finish(out);
     //
-    // A piece gives at most `encoded_size` of its length and one byte group; what is left is at
-    // most one group.
+    // A destination in memory has room for eight more than `encoded_size` of the piece, and at the
+    // end for eight; that of a decoder for eight more than `max_decoded_size` of the piece.
     using Encoder = impl::TransformEncoder<Codec>;
 
     // The same; `finish` writes nothing, and raises what is wrong with the end of the text.  A
