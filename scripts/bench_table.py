@@ -18,12 +18,10 @@ def read_rows(results):
     """{operation: {candidate: (ns, allocations)}} in the order of registration, ours first."""
     rows = {}
     for run in sorted(results["benchmarks"], key=lambda run: run["family_index"]):
-        if run.get("aggregate_name") != "median":
+        if run.get("aggregate_name") != "fastest":
             continue
-        operation, candidate, _ = run["run_name"].split("/")
-        time = run["real_time"] / run.get("inputs", 1)
-        allocations = run["allocations"] / run.get("inputs", 1)
-        rows.setdefault(operation, {})[candidate] = (time, allocations)
+        operation, candidate = run["run_name"].split("/")[:2]
+        rows.setdefault(operation, {})[candidate] = (run["real_time"], run["allocations"])
     return rows
 
 

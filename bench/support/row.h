@@ -3,6 +3,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
+#include <cstddef>
 #include <initializer_list>
 
 #include "tests/support/allocations.h"
@@ -48,29 +50,54 @@ template <class Operation>
         operation();
 }
 
-// Counts the operation's allocations and times it.  The first run, in which the first throw sorts
-// the unwinder's tables and lengths are measured for good, stays out of both.
 template <class Operation>
-void measure(benchmark::State& state, Operation operation) {
-    repeat(operation, 1);
+std::chrono::duration<double> time_of(Operation& operation, unsigned count) {
+    const auto start = std::chrono::steady_clock::now();
+    repeat(operation, count);
+    return std::chrono::steady_clock::now() - start;
+}
+
+// How many operations take so long that the clock's steps do not matter, and so short that the
+// system rarely takes the processor away.  Twice in a row: once may be the system's doing.  By then
+// the caches know the operation, and what happens only once has happened, as the unwinder's sorting
+// of its tables at the first throw.
+template <class Operation>
+unsigned batch_size(Operation& operation) {
+    unsigned size = 1;
+    for (int times = 0; times < 2;) {
+        if (time_of(operation, size).count() >= 250e-6) {
+            ++times;
+        } else {
+            size *= 2;
+            times = 0;
+        }
+    }
+    return size;
+}
+
+// Counts the allocations of an operation and times it.  Both are divided by `inputs`.
+template <class Operation>
+void measure(benchmark::State& state, Operation operation, std::size_t inputs = 1) {
+    const unsigned batch = batch_size(operation);
     {
         const tarv_test::AllocationWatch watch;
         repeat(operation, 1);
-        state.counters["allocations"] = watch.allocations();
+        state.counters["allocations"] = watch.allocations() / static_cast<double>(inputs);
     }
-    while (state.KeepRunningBatch(state.max_iterations))
-        repeat(operation, static_cast<unsigned>(state.max_iterations));
+    for (auto _ : state) {
+        state.SetIterationTime(time_of(operation, batch).count() / batch /
+                               static_cast<double>(inputs));
+    }
 }
 
-// The same for an operation on one input, which is too short to be timed alone: every iteration
-// takes all inputs, and the table shows the time for one.
+// The same for an operation on one input that is too short to be timed alone: takes all inputs.
 template <class Inputs, class Operation>
 void measure_each(benchmark::State& state, const Inputs& inputs, Operation operation) {
-    measure(state, [&] {
+    const auto take_all = [&] {
         for (const auto& input : inputs)
             operation(input);
-    });
-    state.counters["inputs"] = static_cast<double>(inputs.size());
+    };
+    measure(state, take_all, inputs.size());
 }
 
 }  // namespace tarv_bench
