@@ -167,10 +167,10 @@ public:
     static AbsoluteTime now();
 
     // The instant of calendar fields; Components::infinite is infinite.  Fields beyond their bounds
-    // count on into the next larger one.  Before the first or after the last instant fails with
-    // "error.tarvcore.absoluteTime.range"; but the time of day is looked at on the first and the
-    // last day only, so that 48 o'clock on the day before passes the end and wraps.  This is meant.
-    // On failure `*out` stays as it is; it may be null.
+    // count on into the next larger one; see Components::julian_day.  Before the first or after the
+    // last instant fails with "error.tarvcore.absoluteTime.range"; but the time of day is looked at
+    // on the first and the last day only, so that 48 o'clock on the day before passes the end and
+    // wraps.  This is meant.  On failure `*out` stays as it is; it may be null.
     [[nodiscard]] static ErrorInfo::Ptr from_components_nothrow(const Components& components,
                                                                 AbsoluteTime* out);
     static AbsoluteTime from_components(const Components& components);
@@ -327,7 +327,8 @@ public:
     constexpr void second(std::uint16_t value) { second_ = value; }
     constexpr void nanosecond(std::uint32_t value) { nanosecond_ = value; }
 
-    // The Julian day number of the date.
+    // The Julian day number of the date.  Months from 0 to 14 and all days count on from the bounds
+    // of their field; other months, and years before -4800, give a number that is no date's.
     constexpr int julian_day() const { return impl::jdn_from_date(year_, month_, day_); }
     // Positive infinity for `infinite`.
     double full_julian_date() const;

@@ -93,9 +93,13 @@ TEST(Calendar, MonthsAndDaysOutOfBoundsCountOn) {
         const auto next = static_cast<short>(year + 1);
         EXPECT_EQ(day_of(year, 13, 5), day_of(next, 1, 5));
         EXPECT_EQ(day_of(next, 0, 5), day_of(year, 12, 5));
-        EXPECT_EQ(day_of(year, 24, 0), day_of(next, 11, 30));
+        EXPECT_EQ(day_of(year, 14, 65535), day_of(next, 2, 1) + 65534);
     }
-    EXPECT_EQ(day_of(1970, 65535, 65535), day_of(1970 + 5461, 3, 1) + 65534);
+    // Further off, the formula of the calendar goes on, and is no calendar.
+    EXPECT_EQ(day_of(1970, 15, 1), day_of(1971, 3, 1) + 2);
+    EXPECT_EQ(day_of(1970, 65535, 65535), 4500772);
+    EXPECT_EQ(day_of(-4801, 12, 31), -32104);
+    EXPECT_EQ(day_of(-32768, 1, 1), -10247205);
 }
 
 void check_breakdown(std::int64_t count) {

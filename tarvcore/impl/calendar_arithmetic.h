@@ -71,8 +71,9 @@ constexpr Date date_from_any_jdn(std::uint32_t jdn) {
             month % 12 + 1, day_of_year - (month + 2) * 153 / 5 + 123};
 }
 
-// The day of any fields.  A month beyond the year, or a day beyond the month, counts on from there;
-// before the first year divisions truncate, and the result is a number without a meaning.
+// The day of any fields.  Months from 0 to 14 and all days count on from the bounds of their field.
+// Beyond, and before the first year, where divisions truncate, the result is a number without a
+// meaning; it is the same everywhere.
 constexpr std::int32_t jdn_from_any_date(std::int32_t year, std::int32_t month, std::int32_t day) {
     const std::int32_t a = (14 - month) / 12;
     const std::int32_t y = year - first_year - a;
