@@ -142,10 +142,12 @@ TEST(TimeBase, SplitsIntoSecondsOfThirtyTwoBitsAndClamps) {
         {-999, 0, -999},
         {last, 2147483647, 999'999'999},
         {last + 1, 2147483647, 999'999'999},
+        {last - 999'999'998, 2147483647, 1},
         {last - second, 2147483646, 999'999'999},
         {max_count - 1, 2147483647, 999'999'999},
         {first, LONG_MIN, -999'999'999},
         {first - 1, LONG_MIN, -999'999'999},
+        {first + 999'998'000, LONG_MIN, -1999},
         {first + second, LONG_MIN + 1, -999'999'999},
         {min_count, LONG_MIN, -999'999'999},
     };
