@@ -61,15 +61,22 @@ void throw_error(const ErrorInfo::Ptr& error) {
     ErrorException::throw_error(error);
 }
 
+void throw_error(const ErrorCode& code, const char* message, const LiteralLocation& location) {
+    const ErrorInfo* error = ErrorInfo::create(code, message, location).detach();
+    ErrorException::throw_adopted(error);
+}
+
 void throw_error(const ErrorCode& code, MessageTemplate message, const SourceLocation& location,
                  ErrorInfo::Ptr nested) {
-    throw_error(ErrorInfo::create(code, std::move(message), location, std::move(nested)));
+    throw_error(code, std::move(message), ErrorParams(), location, std::move(nested));
 }
 
 void throw_error(const ErrorCode& code, MessageTemplate message, ErrorParams params,
                  const SourceLocation& location, ErrorInfo::Ptr nested) {
-    throw_error(ErrorInfo::create(code, std::move(message), std::move(params), location,
-                                  std::move(nested)));
+    const ErrorInfo* error =
+        ErrorInfo::create(code, std::move(message), std::move(params), location, std::move(nested))
+            .detach();
+    ErrorException::throw_adopted(error);
 }
 
 void throw_error(const ErrorCode& code, MessageTemplate message, ErrorParams params,

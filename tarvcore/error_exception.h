@@ -46,6 +46,12 @@ public:
     [[noreturn]] virtual void rethrow() const;
 
     [[noreturn]] static void throw_error(const ErrorInfo::Ptr& error);
+    // The same with a reference that the caller hands over (see RefCountPtr::detach).  A caller
+    // that holds nothing else has nothing to destroy, and each frame that has costs the unwinding a
+    // stop.
+    [[noreturn]] TARVCORE_INLINE static void throw_adopted(const ErrorInfo* error) {
+        throw ErrorException(error, Adopt());
+    }
     static void throw_if_error(const ErrorInfo::Ptr& error) {
         if (error) throw_error(error);
     }
@@ -76,6 +82,9 @@ protected:
     virtual std::string build_what_text() const;
 
 private:
+    struct Adopt {};
+    ErrorException(const ErrorInfo* error, Adopt) noexcept : error_(error, false) {}
+
     ErrorInfo::Ptr error_;
     mutable std::unique_ptr<const std::string> what_text_;
 };
@@ -85,6 +94,8 @@ static_assert(sizeof(ErrorException) == 12, "a virtual-table pointer and two poi
 // Throw an ErrorException with that record, or with a new one of those parts; see ErrorInfo::create
 // for the parts.
 [[noreturn]] TARVCORE_API void throw_error(const ErrorInfo::Ptr& error);
+[[noreturn]] TARVCORE_API void throw_error(const ErrorCode& code, const char* message,
+                                           const LiteralLocation& location);
 [[noreturn]] TARVCORE_API void throw_error(const ErrorCode& code, MessageTemplate message,
                                            const SourceLocation& location,
                                            ErrorInfo::Ptr nested = {});

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory_resource>
 #include <ostream>
 
 #include "tarvcore/impl/string_hash.h"
@@ -23,12 +22,40 @@ constexpr unsigned trace_value_limit = 256;
 // Few errors have more parameters than this, and one allocation holds them.
 constexpr std::size_t first_capacity = 4;
 
-template <class Text>
-void append_limited(Text& out, const std::string& value, unsigned limit) {
-    // A limit of 0xFFFFFFFF is never less than a length, so that no test for it is needed.
-    const unsigned shown = impl::utf8_prefix_length(value.data(), value.size(), limit);
-    out.append(value.data(), shown);
-    if (shown != value.size()) out.append("...");
+// Collects text on the stack while it is as short as most messages are.  A call of the C runtime's
+// memcpy or of a string's append costs more than copying the few bytes of a piece.
+class MessageBuffer {
+public:
+    void append(const char* text, unsigned length) {
+        if (!spilled_.empty() || length > sizeof stack_ - length_) return spill(text, length);
+        char* out = stack_ + length_;
+        length_ += length;
+        for (; length >= 8; length -= 8, text += 8, out += 8)
+            std::memcpy(out, text, 8);
+        for (; length != 0; --length)
+            *out++ = *text++;
+    }
+
+    SourceString as_source_string() const {
+        return spilled_.empty() ? SourceString(stack_, length_)
+                                : SourceString(spilled_.data(), spilled_.size());
+    }
+
+private:
+    TARVCORE_COLD void spill(const char* text, unsigned length) {
+        if (spilled_.empty()) spilled_.assign(stack_, length_);
+        spilled_.append(text, length);
+    }
+
+    char stack_[512];
+    unsigned length_ = 0;
+    std::string spilled_;  // everything, once the stack does not hold it
+};
+
+const char* find_character(const char* text, const char* end, char character) {
+    while (text != end && *text != character)
+        ++text;
+    return text;
 }
 
 int sign(int order) {
@@ -67,8 +94,9 @@ ErrorParams& ErrorParams::add(const ErrorParams& other) {
 }
 
 ErrorParams::const_iterator ErrorParams::find(const char* name, unsigned length) const {
+    // Names differ early, if not in their length: a call of memcmp would cost more.
     return std::find_if(pairs_.begin(), pairs_.end(), [&](const Pair& pair) {
-        return pair.name.size() == length && std::memcmp(pair.name.text(), name, length) == 0;
+        return pair.name.size() == length && std::equal(name, name + length, pair.name.text());
     });
 }
 
@@ -132,33 +160,33 @@ SourceString ErrorParams::expanded_message_with_limit(const SourceString& text,
 
 SourceString ErrorParams::expanded_message_with_limit(const char* text, unsigned length,
                                                       unsigned limit) const {
-    constexpr std::string_view opener = "{@";
     if (text == nullptr) return SourceString();
-    const std::string_view source(text, length == measure ? std::strlen(text) : length);
-    std::size_t opening = source.find(opener);
-    if (opening == std::string_view::npos) return SourceString(source.data(), source.size());
+    if (length == measure) length = std::strlen(text);
 
-    // Most messages fit here, so that the result is the only allocation.
-    char storage[1024];
-    std::pmr::monotonic_buffer_resource memory(storage, sizeof storage);
-    std::pmr::string expanded(&memory);
-    expanded.reserve(sizeof storage - 1);
+    const char* const source_end = text + length;
+    const char* copied = text;  // up to here, placeholders included
+    MessageBuffer expanded;
+    for (const char* next = text; (next = find_character(next, source_end, '{')) != source_end;) {
+        const char* const opening = next++;
+        if (next == source_end || *next != '@') continue;
+        const char* const name = ++next;
+        const char* const closing = find_character(name, source_end, '}');
+        if (closing == source_end) break;
+        const auto pair = find(name, static_cast<unsigned>(closing - name));
+        next = closing + 1;
+        if (pair == end()) continue;
 
-    std::size_t copied = 0;  // of `source`, placeholders included
-    while (opening != std::string_view::npos) {
-        const std::size_t closing = source.find('}', opening + opener.size());
-        if (closing == std::string_view::npos) break;
-        const std::size_t name = opening + opener.size();
-        const auto pair = find(source.data() + name, closing - name);
-        if (pair != end()) {
-            expanded.append(source, copied, opening - copied);
-            append_limited(expanded, pair->value, limit);
-            copied = closing + 1;
-        }
-        opening = source.find(opener, closing + 1);
+        expanded.append(copied, static_cast<unsigned>(opening - copied));
+        // No limit is never less than a length.
+        const std::string& value = pair->value;
+        const unsigned shown = impl::utf8_prefix_length(value.data(), value.size(), limit);
+        expanded.append(value.data(), shown);
+        if (shown != value.size()) expanded.append("...", 3);
+        copied = next;
     }
-    expanded.append(source, copied);
-    return SourceString(expanded.data(), expanded.size());
+    if (copied == text) return SourceString(text, length);
+    expanded.append(copied, static_cast<unsigned>(source_end - copied));
+    return expanded.as_source_string();
 }
 
 std::string& ErrorParams::insert_ref(const char* name, unsigned length) {

@@ -35,7 +35,9 @@ public:
     // With `add_ref` false, adopts a reference which the caller holds already.
     RefCountPtr(T* object, bool add_ref) : object_(add_ref ? safe_add_ref(object) : object) {}
 
-    RefCountPtr(const RefCountPtr& other) : object_(safe_add_ref(other.object_)) {}
+    // The pointer is stored before the count changes: a store between two locked instructions would
+    // make the second one wait.
+    RefCountPtr(const RefCountPtr& other) : object_(other.object_) { safe_add_ref(object_); }
     constexpr RefCountPtr(RefCountPtr&& other) noexcept
         : object_(std::exchange(other.object_, nullptr)) {}
     constexpr RefCountPtr(TransferSource<RefCountPtr> source) noexcept

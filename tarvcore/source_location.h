@@ -10,9 +10,21 @@
 #include "tarvcore/transfer.h"
 
 // The place where this stands, in a function of the given readable name.
-#define TARVCORE_LOCATION(function) ::tarvcore::SourceLocation(function, source_file_id, __LINE__)
+#define TARVCORE_LOCATION(function)        \
+    ::tarvcore::LiteralLocation {          \
+        function, source_file_id, __LINE__ \
+    }
 
 namespace tarvcore {
+
+// A place given by literals, from which a SourceLocation is made where one is kept.  It has nothing
+// to destroy: a frame that raises with it does not have to be stopped at while the stack is
+// unwound.
+struct LiteralLocation {
+    const char* function;
+    const char* file_id;
+    unsigned line;
+};
 
 // Names the place that raised an error: function, identification line of the source file, and line.
 // The identification line is "$Id: " with a path that begins with "/", "#" with the file's
@@ -25,6 +37,8 @@ public:
     // Literals: neither copied nor measured.
     constexpr SourceLocation(const char* function, const char* file_id, unsigned line)
         : function_(function, true), file_id_(file_id, true), line_(line) {}
+    constexpr SourceLocation(const LiteralLocation& location)
+        : SourceLocation(location.function, location.file_id, location.line) {}
     SourceLocation(SourceString function, SourceString file_id, unsigned line)
         : function_(std::move(function)), file_id_(std::move(file_id)), line_(line) {}
     SourceLocation(TransferSource<SourceString> function, TransferSource<SourceString> file_id,

@@ -81,7 +81,7 @@ public:
     constexpr SourceString(TransferSource<SourceString> source) noexcept
         : SourceString(std::move(source.source())) {}
 
-    constexpr ~SourceString() {
+    TARVCORE_INLINE constexpr ~SourceString() {
         if (length_ < 0) dealloc_dynamic();
     }
 

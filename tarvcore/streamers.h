@@ -75,7 +75,7 @@ private:
 
 // UTF-8 text between quote characters, cut at a limit in bytes.  A cut text is followed by "...";
 // the cut never splits a UTF-8 sequence.  Quote 0: no quotes.  Nothing in the text is escaped.
-class TARVCORE_API String : public Streamable<String> {
+class String : public Streamable<String> {
 public:
     static constexpr unsigned maxlenDefault = 256;
 
@@ -86,8 +86,8 @@ public:
 
     void write_trace(std::ostream& os) const { write_string(os, text_, length_, limit_, quote_); }
     // The stream's width and fill apply to the text between the quotes.
-    static void write_string(std::ostream& os, const char* text, unsigned length, unsigned limit,
-                             char quote);
+    TARVCORE_API static void write_string(std::ostream& os, const char* text, unsigned length,
+                                          unsigned limit, char quote);
 
 private:
     const char* text_;
@@ -98,7 +98,7 @@ private:
 
 // UTF-16 text, printed as String prints its UTF-8 form: the limit counts UTF-8 bytes.  What is no
 // character is printed as "?".
-class TARVCORE_API WString : public Streamable<WString> {
+class WString : public Streamable<WString> {
 public:
     static constexpr unsigned maxlenDefault = 256;
 
@@ -108,8 +108,8 @@ public:
         : text_(text), length_(length), limit_(limit), quote_(quote) {}
 
     void write_trace(std::ostream& os) const { write_string(os, text_, length_, limit_, quote_); }
-    static void write_string(std::ostream& os, const wchar_t* text, unsigned length, unsigned limit,
-                             char quote);
+    TARVCORE_API static void write_string(std::ostream& os, const wchar_t* text, unsigned length,
+                                          unsigned limit, char quote);
 
 private:
     const wchar_t* text_;

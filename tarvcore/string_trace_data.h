@@ -33,7 +33,7 @@ TARVCORE_API const StringTraceHandlers* set_string_trace_handlers(
 // and refer to that place from then on.  Without handlers nothing of this is used.
 class TARVCORE_API StringTraceData {
 public:
-    static constexpr unsigned max_trace_sink_count = 2;
+    enum : unsigned { max_trace_sink_count = 2 };
 
     StringTraceData(const StringTraceData&) = delete;
     StringTraceData& operator=(const StringTraceData&) = delete;

@@ -59,6 +59,7 @@ TEST(String, CutsBetweenCharacters) {
         EXPECT_EQ(text_of(String(row.text, std::strlen(row.text), row.limit, '"')), row.printed);
     }
     EXPECT_EQ(text_of(String("abc", 3, 2, '\0')), "ab...");
+    EXPECT_EQ(String::maxlenDefault, WString::maxlenDefault);  // bound to references
     EXPECT_EQ(text_of(String(std::string(257, 'x').c_str())),
               '"' + std::string(256, 'x') + "...\"");
     EXPECT_EQ(text_of(String(std::string(256, 'x').c_str())), '"' + std::string(256, 'x') + '"');
