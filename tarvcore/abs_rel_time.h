@@ -22,6 +22,8 @@ namespace tarvcore {
 //
 //     RelativeTime timeout = RelativeTime::milliseconds(250);
 //     if (!timeout.is_infinite()) Sleep(timeout.as_win32_timeout());
+//     log << timeout;                                        // 250.0ms
+//     timeout = RelativeTime::from_string("1m 30s");
 class TARVCORE_API RelativeTime : public impl::TimeBase {
 public:
     static const RelativeTime min_time;
@@ -50,6 +52,39 @@ public:
         return of_seconds(count, SECONDS_IN_ONE_HOUR);
     }
     static constexpr RelativeTime days(long count) { return of_seconds(count, SECONDS_IN_ONE_DAY); }
+
+    // Reads the sum of fields, with or without blanks between them; "-" before all of them, at the
+    // very start, makes it negative:
+    //
+    //     1d 2h 3m 4.5s    250ms    -1.5h    1h30m    90s    3us 20ns
+    //
+    // A field is a number (digits, among them one point at most, before, between or behind them)
+    // and right behind it its unit; behind "m" there must be a blank, a digit or the end.  Eleven
+    // decimals count, and the field is truncated to nanoseconds.  A text without fields is zero.
+    //
+    // Fields must be less than 106751 days or 2562047 hours, 153722867 minutes, ..., and a whole
+    // number of nanoseconds up to 9223372036854775799; the sum is not tested and wraps.  So the
+    // texts of the outermost hours of the range, and "##INFINITE##", are written and not read.
+    //
+    // Fails with "error.tarvcore.relativeTime.invalidTimeString"; then `*out` stays as it is.  It
+    // may be null.
+    [[nodiscard]] static ErrorInfo::Ptr from_string_nothrow(const std::string& text,
+                                                            RelativeTime* out);
+    static RelativeTime from_string(const std::string& text);
+
+    // The units that the magnitude asks for, the smallest with a fraction that has no zeros at its
+    // end, but one digit at least:
+    //
+    //     up to 1000 ns     999ns            up to 60 s      5.0s
+    //     up to 1 ms        1000.0us         up to 3600 s    1m 30.0s, 60m 00.0s
+    //     below 1 s         1.5ms            up to 86400 s   1h 0m 0.25s
+    //                                        beyond          1d 1h 1m 1.25s
+    //
+    // where the whole seconds decide: 60.5 s are "60.5s".  Before negative ones stands "-".
+    // "##INFINITE##".
+    std::string as_string() const;
+    // As `as_string`, with the stream's width, adjustment and fill.
+    friend TARVCORE_API std::ostream& operator<<(std::ostream& os, const RelativeTime& time);
 
     constexpr bool is_positive() const { return as_nsec() > 0; }
     constexpr bool is_negative() const { return as_nsec() < 0; }
@@ -114,6 +149,11 @@ private:
         return of_count(std::int64_t{static_cast<std::int32_t>(product)} *
                         NANOSECONDS_IN_ONE_SECOND);
     }
+
+    // Reads the field at `pos`, behind blanks, and moves `pos` behind it.  Where there are only
+    // blanks, the field is zero.
+    static ErrorInfo::Ptr field_from_string(const std::string& text, const char*& pos,
+                                            RelativeTime* field);
 };
 
 // An instant: nanoseconds since 1970-01-01 00:00:00 UTC without leap seconds, from 1677-09-21

@@ -1,13 +1,13 @@
 // Reading the text of instants.
 
 #include <array>
-#include <cstring>
 #include <utility>
 
 #include "tarvcore/abs_rel_time.h"
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_composer.h"
 #include "tarvcore/error_exception.h"
+#include "tarvcore/impl/digit_words.h"
 #include "tarvcore/string_util.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/absolute_time_parser.cpp#1 $");
@@ -18,7 +18,15 @@ namespace {
 // A reading function answers what is wrong, as the message of the error; null: nothing.
 using Message = const char*;
 
+using impl::are_digits;
+using impl::digit;
+using impl::first_pair;
+using impl::load_2;
+using impl::load_4;
 using impl::ns_per_second;
+using impl::number;
+using impl::pairs;
+using impl::second_pair;
 
 constexpr Message good = nullptr;
 constexpr Message invalid_text = "Invalid UTC time string: \"{@utcTime}\"";
@@ -39,38 +47,6 @@ constexpr Message no_instant = "Invalid UTC date/time string: \"{@utcTime}\"";
 
 // The shortest text that is looked at as a date: 2014-07-16T13 or 20140716T1323.
 constexpr unsigned min_length = 13;
-
-// Several digits at once: a word holds one in each byte, the first in the lowest.
-//
-// Digits, XOR the character '0', are numbers from 0 to 9.  The sum of any other byte and 6 has
-// upper bits set, or the byte has; a carry comes from such a byte only.
-constexpr bool are_digits(std::uint32_t word) {
-    return ((word | (word + 0x06060606)) & 0xF0F0F0F0) == 0;
-}
-// The words 10 * first + second of two pairs: one in the lower half, one in the upper.
-constexpr std::uint32_t pairs(std::uint32_t word) {
-    return (word * 10 + (word >> 8)) & 0x00FF00FF;
-}
-constexpr std::uint32_t first_pair(std::uint32_t pairs) {
-    return pairs & 0xFFFF;
-}
-constexpr std::uint32_t second_pair(std::uint32_t pairs) {
-    return pairs >> 16;
-}
-constexpr std::uint32_t number(std::uint32_t pairs) {
-    return first_pair(pairs) * 100 + second_pair(pairs);
-}
-
-std::uint32_t load_4(const char* text) {
-    std::uint32_t word;
-    std::memcpy(&word, text, sizeof word);
-    return word ^ 0x30303030;
-}
-std::uint32_t load_2(const char* text) {
-    std::uint16_t word;
-    std::memcpy(&word, text, sizeof word);
-    return word ^ 0x3030u;
-}
 
 // Reads YYYY-MM-DD or YYYYMMDD and moves behind it.  There must be ten characters.
 TARVCORE_INLINE Message read_date(const char*& text, impl::Date& date) {
@@ -110,10 +86,6 @@ constexpr TimeField time_fields[] = {
     time_field(60, 1),
 };
 
-constexpr unsigned digit(char c) {
-    return static_cast<unsigned>(c) - '0';
-}
-
 // Z or nothing, and then the end.
 Message read_end(const char* text, const char* end) {
     if (text == end) return good;
@@ -138,21 +110,9 @@ Message read_small_decimals(const char* text, const char* end, const TimeField& 
 // Adds the decimals to `ns`.
 TARVCORE_INLINE Message read_fraction(const char* text, const char* end, const TimeField& field,
                                       std::uint64_t& ns) {
-    // The first nine fit into a word, and what they are worth is exact.
+    // What the first nine are worth is exact.
     std::uint32_t value = 0;
-    unsigned count = 0;
-    if (end - text >= 8) {
-        const std::uint32_t upper = load_4(text);
-        const std::uint32_t lower = load_4(text + 4);
-        if (are_digits(upper) && are_digits(lower)) {
-            value = number(pairs(upper)) * 10000 + number(pairs(lower));
-            count = 8;
-        }
-    }
-    while (count < 9 && text + count != end && digit(text[count]) <= 9) {
-        value = value * 10 + digit(text[count]);
-        ++count;
-    }
+    const unsigned count = impl::read_nine_digits(text, end, value);
     if (count == 0) return read_end(text, end);
     ns += value * field.decimals[count - 1];
     text += count;

@@ -66,7 +66,7 @@ AbsoluteTime::Components::Components(const AbsoluteTime& time) {
         return;
     }
     const impl::DayAndTime split = impl::split_count(time.as_nsec());
-    set_date(impl::date_from_jdn(split.jdn));
+    set_date(impl::date_from_jdn(split.day));
     set_time(impl::split_second_of_day(split.second_of_day));
     nanosecond_ = split.nanosecond;
 }

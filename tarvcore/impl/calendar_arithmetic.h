@@ -95,47 +95,58 @@ TARVCORE_INLINE constexpr std::int32_t jdn_from_date(std::int32_t year, std::int
     return static_cast<std::int32_t>(days - 1 - days_before_jdn_0) + day;
 }
 
-// A count of nanoseconds since the epoch, split.
+// Nanoseconds, split.
 struct DayAndTime {
-    std::uint32_t jdn;
+    std::uint32_t day;
     std::uint32_t second_of_day;
     std::uint32_t nanosecond;
 };
 
-TARVCORE_INLINE constexpr DayAndTime split_count(std::int64_t count) {
+inline constexpr unsigned split_shift = 16;
+inline constexpr std::uint32_t split_units_per_day = ns_per_day >> split_shift;
+static_assert(std::int64_t{split_units_per_day} << split_shift == ns_per_day);
+
+// Takes them as units of 2^16, which have up to 49 bits, and the rest.
+TARVCORE_INLINE constexpr DayAndTime split_units(std::uint64_t units, std::uint32_t rest) {
     // Both numbers that are divided by consist of many powers of 2 and a factor of 31 bits or less;
     // the lower bits of the dividend do not matter for the quotient.  Quotients are estimated from
     // 31 bits of the dividend by multiplication with a reciprocal, rounded down, so that they are
     // right or by one too small; the remainder, for which 32 bits are enough, tells.
-    constexpr unsigned shift = 16;
-    constexpr std::uint32_t units_per_day = ns_per_day >> shift;
-    static_assert(std::int64_t{units_per_day} << shift == ns_per_day);
-    // Whole days that make all counts positive.
-    constexpr std::uint32_t bias_days = 106752;
-    constexpr auto bias = static_cast<std::int64_t>(bias_days) * units_per_day;
-
-    const auto units = static_cast<std::uint64_t>((count >> shift) + bias);  // up to 49 bits
     constexpr auto day_factor =
-        static_cast<std::uint32_t>((std::uint64_t{1} << 62) / units_per_day);
-    auto days = static_cast<std::uint32_t>(
+        static_cast<std::uint32_t>((std::uint64_t{1} << 62) / split_units_per_day);
+    auto day = static_cast<std::uint32_t>(
         multiply_wide(static_cast<std::uint32_t>(units >> 18), day_factor) >> (62 - 18));
-    std::uint32_t units_of_day = static_cast<std::uint32_t>(units) - days * units_per_day;
-    if (units_of_day >= units_per_day) {
-        units_of_day -= units_per_day;
-        ++days;
+    std::uint32_t units_of_day = static_cast<std::uint32_t>(units) - day * split_units_per_day;
+    if (units_of_day >= split_units_per_day) {
+        units_of_day -= split_units_per_day;
+        ++day;
     }
 
     constexpr auto second_factor =
-        static_cast<std::uint32_t>((std::uint64_t{1} << (45 + shift)) / ns_per_second);
+        static_cast<std::uint32_t>((std::uint64_t{1} << (45 + split_shift)) / ns_per_second);
     auto second = static_cast<std::uint32_t>(multiply_wide(units_of_day, second_factor) >> 45);
-    const std::uint32_t low_ns =
-        units_of_day << shift | (static_cast<std::uint32_t>(count) & ((1u << shift) - 1));
-    std::uint32_t nanosecond = low_ns - second * ns_per_second;
+    std::uint32_t nanosecond = (units_of_day << split_shift | rest) - second * ns_per_second;
     if (nanosecond >= ns_per_second) {
         nanosecond -= ns_per_second;
         ++second;
     }
-    return {days - bias_days + epoch_jdn, second, nanosecond};
+    return {day, second, nanosecond};
+}
+
+// A count of nanoseconds since the epoch; the day comes as a Julian day number.
+TARVCORE_INLINE constexpr DayAndTime split_count(std::int64_t count) {
+    // Whole days that make all counts positive.
+    constexpr std::uint32_t bias_days = 106752;
+    constexpr auto bias = static_cast<std::int64_t>(bias_days) * split_units_per_day;
+    DayAndTime split = split_units(static_cast<std::uint64_t>((count >> split_shift) + bias),
+                                   static_cast<std::uint16_t>(count));
+    split.day += epoch_jdn - bias_days;
+    return split;
+}
+
+// A number of nanoseconds of up to 2^63; the day comes as the number of whole days.
+TARVCORE_INLINE constexpr DayAndTime split_duration(std::uint64_t nanoseconds) {
+    return split_units(nanoseconds >> split_shift, static_cast<std::uint16_t>(nanoseconds));
 }
 
 // The count of a day and a time of that day in nanoseconds, modulo 2^64.
