@@ -14,5 +14,6 @@ void add_transforms_rows();
 void add_abs_rel_time_rows();
 void add_calendar_rows();
 void add_absolute_time_text_rows();
+void add_relative_time_text_rows();
 
 }  // namespace tarv_bench

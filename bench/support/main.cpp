@@ -37,6 +37,7 @@ void add_rows() {
     add_abs_rel_time_rows();
     add_calendar_rows();
     add_absolute_time_text_rows();
+    add_relative_time_text_rows();
 }
 
 }  // namespace
