@@ -61,11 +61,6 @@ void throw_error(const ErrorInfo::Ptr& error) {
     ErrorException::throw_error(error);
 }
 
-void throw_error(const ErrorCode& code, const char* message, const LiteralLocation& location) {
-    const ErrorInfo* error = ErrorInfo::create(code, message, location).detach();
-    ErrorException::throw_adopted(error);
-}
-
 void throw_error(const ErrorCode& code, MessageTemplate message, const SourceLocation& location,
                  ErrorInfo::Ptr nested) {
     throw_error(code, std::move(message), ErrorParams(), location, std::move(nested));
@@ -136,6 +131,11 @@ void throw_with_nested_exception(const ErrorCode& code, MessageTemplate message,
                                  const SourceLocation& location, const std::exception& cause) {
     throw_error(code, std::move(message), std::move(params), location,
                 ErrorInfo::from_exception(cause, location));
+}
+
+const ErrorInfo* impl::create_literal_record(const ErrorCode& code, const char* message,
+                                             const LiteralLocation& location) {
+    return ErrorInfo::create(code, message, location).detach();
 }
 
 void impl::raise_embedded_nul_error() {

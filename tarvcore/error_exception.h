@@ -91,11 +91,26 @@ private:
 
 static_assert(sizeof(ErrorException) == 12, "a virtual-table pointer and two pointers");
 
+namespace impl {
+
+// A record of literals, with a reference that the caller owns.
+TARVCORE_API const ErrorInfo* create_literal_record(const ErrorCode& code, const char* message,
+                                                    const LiteralLocation& location);
+
+// Raised wherever a counted text must become a NUL-terminated one and has a NUL inside.
+[[noreturn]] TARVCORE_API void raise_embedded_nul_error();
+
+}  // namespace impl
+
 // Throw an ErrorException with that record, or with a new one of those parts; see ErrorInfo::create
 // for the parts.
 [[noreturn]] TARVCORE_API void throw_error(const ErrorInfo::Ptr& error);
-[[noreturn]] TARVCORE_API void throw_error(const ErrorCode& code, const char* message,
-                                           const LiteralLocation& location);
+// This one, of literals alone, throws in the caller's frame: to unwind a frame costs as much as
+// making the record.
+[[noreturn]] TARVCORE_INLINE void throw_error(const ErrorCode& code, const char* message,
+                                              const LiteralLocation& location) {
+    ErrorException::throw_adopted(impl::create_literal_record(code, message, location));
+}
 [[noreturn]] TARVCORE_API void throw_error(const ErrorCode& code, MessageTemplate message,
                                            const SourceLocation& location,
                                            ErrorInfo::Ptr nested = {});
@@ -145,12 +160,5 @@ inline void throw_if_error(const ErrorInfo::Ptr& error) {
                                                            ErrorParams params,
                                                            const SourceLocation& location,
                                                            const std::exception& cause);
-
-namespace impl {
-
-// Raised wherever a counted text must become a NUL-terminated one and has a NUL inside.
-[[noreturn]] TARVCORE_API void raise_embedded_nul_error();
-
-}  // namespace impl
 
 }  // namespace tarvcore

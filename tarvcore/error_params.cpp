@@ -1,8 +1,14 @@
 #include "tarvcore/error_params.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstring>
 #include <ostream>
+#include <string_view>
+#include <vector>
 
 #include "tarvcore/impl/string_hash.h"
 #include "tarvcore/impl/unicode_codec.h"
@@ -22,40 +28,73 @@ constexpr unsigned trace_value_limit = 256;
 // Few errors have more parameters than this, and one allocation holds them.
 constexpr std::size_t first_capacity = 4;
 
-// Collects text on the stack while it is as short as most messages are.  A call of the C runtime's
-// memcpy or of a string's append costs more than copying the few bytes of a piece.
-class MessageBuffer {
+// Names are short: a call of the C runtime's memcmp would cost more.
+bool equal_names(const char* a, const char* b, unsigned length) {
+    while (length != 0 && a[length - 1] == b[length - 1])
+        --length;
+    return length == 0;
+}
+
+// A call of the C runtime's memcpy costs more than copying the few bytes of a piece.
+TARVCORE_INLINE char* copy_piece(char* out, const char* text, std::size_t length) {
+    if (length >= 8) {
+        for (std::size_t i = 0; i + 8 < length; i += 8)
+            std::memcpy(out + i, text + i, 8);
+        std::memcpy(out + length - 8, text + length - 8, 8);
+    } else if (length >= 4) {
+        std::memcpy(out, text, 4);
+        std::memcpy(out + length - 4, text + length - 4, 4);
+    } else {
+        for (std::size_t i = 0; i < length; ++i)
+            out[i] = text[i];
+    }
+    return out + length;
+}
+
+// Gathers the pieces of a message, and joins them once their length is known: the text is the only
+// allocation of a message of few pieces.
+class MessagePieces {
 public:
-    void append(const char* text, unsigned length) {
-        if (!spilled_.empty() || length > sizeof stack_ - length_) return spill(text, length);
-        char* out = stack_ + length_;
+    TARVCORE_INLINE void append(const char* text, std::size_t length) {
         length_ += length;
-        for (; length >= 8; length -= 8, text += 8, out += 8)
-            std::memcpy(out, text, 8);
-        for (; length != 0; --length)
-            *out++ = *text++;
+        if (count_ < std::size(first_)) {
+            first_[count_++] = {text, length};
+        } else {
+            more_.push_back({text, length});
+        }
     }
 
-    SourceString as_source_string() const {
-        return spilled_.empty() ? SourceString(stack_, length_)
-                                : SourceString(spilled_.data(), spilled_.size());
+    SourceString join() const {
+        const auto length = static_cast<unsigned>(std::min<std::uint64_t>(length_, no_limit));
+        return SourceString::create_filled(length, [this](char* out) {
+            for (unsigned i = 0; i < count_; ++i)
+                out = copy_piece(out, first_[i].text, first_[i].length);
+            for (const Piece& piece : more_)
+                out = copy_piece(out, piece.text, piece.length);
+        });
     }
 
 private:
-    TARVCORE_COLD void spill(const char* text, unsigned length) {
-        if (spilled_.empty()) spilled_.assign(stack_, length_);
-        spilled_.append(text, length);
-    }
+    // Not a string_view, which would be cleared 32 times first.
+    struct Piece {
+        const char* text;
+        std::size_t length;
+    };
 
-    char stack_[512];
-    unsigned length_ = 0;
-    std::string spilled_;  // everything, once the stack does not hold it
+    std::uint64_t length_ = 0;
+    unsigned count_ = 0;
+    Piece first_[32];
+    std::vector<Piece> more_;
 };
 
-const char* find_character(const char* text, const char* end, char character) {
-    while (text != end && *text != character)
-        ++text;
-    return text;
+const char* find_opening_brace(const char* text, const char* end) {
+    const __m128i braces = _mm_set1_epi8('{');
+    for (; end - text >= 16; text += 16) {
+        const auto block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+        const auto found = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, braces)));
+        if (found != 0) return text + std::countr_zero(found);
+    }
+    return std::find(text, end, '{');
 }
 
 int sign(int order) {
@@ -65,26 +104,26 @@ int sign(int order) {
 }  // namespace
 
 ErrorParams& ErrorParams::add(const char* name, unsigned name_length, const char* value,
-                              unsigned value_length) {
+                              unsigned value_length) & {
     std::string text(value, value_length);
     insert_ref(name, name_length) = std::move(text);
     return *this;
 }
 
-ErrorParams& ErrorParams::add(LiteralName name, const char* value) {
+ErrorParams& ErrorParams::add(LiteralName name, const char* value) & {
     return add(name, value ? std::string(value) : std::string());
 }
 
-ErrorParams& ErrorParams::add(LiteralName name, std::string value) {
+ErrorParams& ErrorParams::add(LiteralName name, std::string value) & {
     insert_ref(name) = std::move(value);
     return *this;
 }
 
-ErrorParams& ErrorParams::add(LiteralName name, const SourceString& value) {
+ErrorParams& ErrorParams::add(LiteralName name, const SourceString& value) & {
     return add(name, value.as_string());
 }
 
-ErrorParams& ErrorParams::add(const ErrorParams& other) {
+ErrorParams& ErrorParams::add(const ErrorParams& other) & {
     ErrorParams result(*this);
     for (const Pair& pair : other.pairs_) {
         result.insert_ref(pair.name.text(), pair.name.size()) = pair.value;
@@ -94,9 +133,8 @@ ErrorParams& ErrorParams::add(const ErrorParams& other) {
 }
 
 ErrorParams::const_iterator ErrorParams::find(const char* name, unsigned length) const {
-    // Names differ early, if not in their length: a call of memcmp would cost more.
     return std::find_if(pairs_.begin(), pairs_.end(), [&](const Pair& pair) {
-        return pair.name.size() == length && std::equal(name, name + length, pair.name.text());
+        return pair.name.size() == length && equal_names(name, pair.name.text(), length);
     });
 }
 
@@ -137,25 +175,14 @@ std::uint32_t ErrorParams::hash() const {
 }
 
 void ErrorParams::write_trace(std::ostream& os, const char* separator) const {
-    const char* before = "";
+    // Nothing before the first pair, not even an empty text: the stream's width is for the name.
+    const char* before = nullptr;
     for (const auto& [name, value] : pairs_) {
-        os << before << streamers::String(name.text(), name.size(), trace_name_limit, '\'')
-           << " => " << streamers::String(value.data(), value.size(), trace_value_limit, '"');
+        if (before != nullptr) os << before;
+        os << streamers::String(name.text(), name.size(), trace_name_limit, '\'') << " => "
+           << streamers::String(value.data(), value.size(), trace_value_limit, '"');
         before = separator;
     }
-}
-
-SourceString ErrorParams::expanded_message(const char* text, unsigned length) const {
-    return expanded_message_with_limit(text, length, no_limit);
-}
-
-SourceString ErrorParams::expanded_message(const SourceString& text) const {
-    return expanded_message_with_limit(text, no_limit);
-}
-
-SourceString ErrorParams::expanded_message_with_limit(const SourceString& text,
-                                                      unsigned limit) const {
-    return expanded_message_with_limit(text.text(), text.size(), limit);
 }
 
 SourceString ErrorParams::expanded_message_with_limit(const char* text, unsigned length,
@@ -163,30 +190,29 @@ SourceString ErrorParams::expanded_message_with_limit(const char* text, unsigned
     if (text == nullptr) return SourceString();
     if (length == measure) length = std::strlen(text);
 
-    const char* const source_end = text + length;
+    const char* const end = text + length;
     const char* copied = text;  // up to here, placeholders included
-    MessageBuffer expanded;
-    for (const char* next = text; (next = find_character(next, source_end, '{')) != source_end;) {
+    MessagePieces pieces;
+    for (const char* next = text; (next = find_opening_brace(next, end)) != end;) {
         const char* const opening = next++;
-        if (next == source_end || *next != '@') continue;
+        if (next == end || *next != '@') continue;
         const char* const name = ++next;
-        const char* const closing = find_character(name, source_end, '}');
-        if (closing == source_end) break;
+        const char* const closing = std::find(name, end, '}');
+        if (closing == end) break;
         const auto pair = find(name, static_cast<unsigned>(closing - name));
         next = closing + 1;
-        if (pair == end()) continue;
+        if (pair == pairs_.end()) continue;
 
-        expanded.append(copied, static_cast<unsigned>(opening - copied));
+        pieces.append(copied, static_cast<std::size_t>(opening - copied));
         // No limit is never less than a length.
         const std::string& value = pair->value;
         const unsigned shown = impl::utf8_prefix_length(value.data(), value.size(), limit);
-        expanded.append(value.data(), shown);
-        if (shown != value.size()) expanded.append("...", 3);
+        pieces.append(value.data(), shown);
+        if (shown != value.size()) pieces.append("...", 3);
         copied = next;
     }
-    if (copied == text) return SourceString(text, length);
-    expanded.append(copied, static_cast<unsigned>(source_end - copied));
-    return expanded.as_source_string();
+    pieces.append(copied, static_cast<std::size_t>(end - copied));
+    return pieces.join();
 }
 
 std::string& ErrorParams::insert_ref(const char* name, unsigned length) {

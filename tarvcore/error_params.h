@@ -71,14 +71,25 @@ public:
 
     // Set a value, replacing the one that the name has already.  The first form copies the name.
     ErrorParams& add(const char* name, unsigned name_length, const char* value,
-                     unsigned value_length);
-    ErrorParams& add(LiteralName name, const char* value);
-    ErrorParams& add(LiteralName name, std::string value);
-    ErrorParams& add(LiteralName name, const SourceString& value);
+                     unsigned value_length) &;
+    ErrorParams& add(LiteralName name, const char* value) &;
+    ErrorParams& add(LiteralName name, std::string value) &;
+    ErrorParams& add(LiteralName name, const SourceString& value) &;
     template <std::integral Integer>
-    ErrorParams& add(LiteralName name, Integer value);
+    ErrorParams& add(LiteralName name, Integer value) &;
     // Every pair of the other set; its values win.
-    ErrorParams& add(const ErrorParams& other);
+    ErrorParams& add(const ErrorParams& other) &;
+
+    // The same on a temporary, which is passed on as one: an error takes it without a copy.
+    ErrorParams&& add(const char* name, unsigned name_length, const char* value,
+                      unsigned value_length) && {
+        return std::move(add(name, name_length, value, value_length));
+    }
+    template <class Value>
+    ErrorParams&& add(LiteralName name, Value&& value) && {
+        return std::move(add(name, std::forward<Value>(value)));
+    }
+    ErrorParams&& add(const ErrorParams& other) && { return std::move(add(other)); }
 
     const_iterator begin() const { return pairs_.begin(); }
     const_iterator end() const { return pairs_.end(); }
@@ -112,11 +123,17 @@ public:
     // but "}"; values are not expanded again.  With a limit, longer values are cut to that many
     // bytes, not inside a UTF-8 sequence, and followed by "...".  A null template is empty; length
     // 0xFFFFFFFF: up to the terminator; limit 0xFFFFFFFF: none.
-    SourceString expanded_message(const char* text, unsigned length = 0xFFFFFFFF) const;
-    SourceString expanded_message(const SourceString& text) const;
+    SourceString expanded_message(const char* text, unsigned length = 0xFFFFFFFF) const {
+        return expanded_message_with_limit(text, length, 0xFFFFFFFF);
+    }
+    SourceString expanded_message(const SourceString& text) const {
+        return expanded_message_with_limit(text, 0xFFFFFFFF);
+    }
     SourceString expanded_message_with_limit(const char* text, unsigned length,
                                              unsigned limit) const;
-    SourceString expanded_message_with_limit(const SourceString& text, unsigned limit) const;
+    SourceString expanded_message_with_limit(const SourceString& text, unsigned limit) const {
+        return expanded_message_with_limit(text.text(), text.size(), limit);
+    }
 
 private:
     // The value of a name, which is put in with an empty value where it is absent: as a copy, or as
@@ -129,7 +146,7 @@ private:
 };
 
 template <std::integral Integer>
-ErrorParams& ErrorParams::add(LiteralName name, Integer value) {
+ErrorParams& ErrorParams::add(LiteralName name, Integer value) & {
     if constexpr (std::same_as<Integer, bool>) {
         return add(name, value ? "true" : "false");
     } else {

@@ -9,16 +9,16 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/source_string.cpp#1 $");
 namespace tarvcore {
 
 SourceString::SourceString(const char* text) {
-    alloc_dynamic(text);
+    copy_dynamic(text, std::strlen(text));
 }
 
 SourceString::SourceString(const char* text, unsigned length) {
-    alloc_dynamic(text, length);
+    copy_dynamic(text, length);
 }
 
 SourceString::SourceString(InterfacePtr<const StringTraceData> source) {
     const std::string_view text = source->query_trace_text();
-    alloc_dynamic(text.data(), text.size(), std::move(source));
+    copy_dynamic(text.data(), text.size(), std::move(source));
 }
 
 InterfacePtr<const StringTraceData> SourceString::query_trace_data() const {
@@ -40,17 +40,21 @@ unsigned SourceString::measure() const {
     return length;
 }
 
-void SourceString::alloc_dynamic(const char* text) {
-    alloc_dynamic(text, std::strlen(text));
+void SourceString::copy_dynamic(const char* text, unsigned length,
+                                InterfacePtr<const StringTraceData>&& source) {
+    if (char* characters = alloc_dynamic(length, std::move(source))) {
+        std::memcpy(characters, text, length);
+    }
 }
 
-void SourceString::alloc_dynamic(const char* text, unsigned length,
-                                 InterfacePtr<const StringTraceData> source) {
+char* SourceString::alloc_dynamic(unsigned length, InterfacePtr<const StringTraceData>&& source) {
     if (length > max_length) length_error();
-    if (length == 0) return;  // a length of minus zero could not be told from a reference
-    HolderPtr holder(impl::DynamicSourceStringHolder::create(text, length, std::move(source)));
-    text_ = holder.detach()->text();
+    if (length == 0) return nullptr;  // minus zero could not be told from a reference's length
+    RefCountPtr holder(impl::DynamicSourceStringHolder::create(length, std::move(source)));
+    char* characters = holder.detach()->text();
+    text_ = characters;
     length_ = -static_cast<int>(length);
+    return characters;
 }
 
 void SourceString::length_error() {

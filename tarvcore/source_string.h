@@ -48,7 +48,7 @@ public:
             text_ = text;
             length_ = unmeasured;
         } else {
-            alloc_dynamic(text);
+            copy_dynamic(text, std::strlen(text));
         }
     }
     // A reference of that length, or a dynamic copy.
@@ -58,7 +58,7 @@ public:
             text_ = text;
             length_ = static_cast<int>(length);
         } else {
-            alloc_dynamic(text, length);
+            copy_dynamic(text, length);
         }
     }
     // A dynamic copy of the text of `source`, which keeps `source` alive and answers it to
@@ -69,6 +69,14 @@ public:
     static SourceString create_copy(const char* text) { return {text, false}; }
     static SourceString create_copy(const char* text, unsigned length) {
         return {text, length, false};
+    }
+    // A dynamic text that `fill`, called with the place for its characters, puts there; it must not
+    // throw.  It is not called for length 0.
+    template <class Fill>
+    static SourceString create_filled(unsigned length, Fill fill) {
+        SourceString result;
+        if (char* characters = result.alloc_dynamic(length)) fill(characters);
+        return result;
     }
 
     TARVCORE_INLINE SourceString(const SourceString& other)
@@ -151,9 +159,10 @@ private:
     TARVCORE_INLINE int load_length() const { return __atomic_load_n(&length_, __ATOMIC_RELAXED); }
     unsigned measure() const;
 
-    void alloc_dynamic(const char* text);
-    void alloc_dynamic(const char* text, unsigned length,
-                       InterfacePtr<const StringTraceData> source = {});
+    void copy_dynamic(const char* text, unsigned length,
+                      InterfacePtr<const StringTraceData>&& source = {});
+    // The place for the characters of a dynamic text, which are to be filled in; null for length 0.
+    char* alloc_dynamic(unsigned length, InterfacePtr<const StringTraceData>&& source = {});
     TARVCORE_INLINE void clone_dynamic() const {
         (void)HolderPtr(impl::DynamicSourceStringHolder::from_text(text_)).detach();
     }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iomanip>
 #include <map>
 #include <random>
 #include <sstream>
@@ -115,16 +116,29 @@ TEST(ErrorParams, ExpandsTemplates) {
     EXPECT_FALSE(params.expanded_message(SourceString("plain", true)).is_reference());
 }
 
+TEST(ErrorParams, RefusesMessagesThatNoTextCanHold) {
+    const ErrorParams params = params_of({{"", std::string(1 << 26, 'v')}});
+    std::string text;
+    for (int i = 0; i < 32; ++i)
+        text += "{@}";
+    EXPECT_THROW(expand(params, text), std::runtime_error);
+    for (int i = 0; i < 32; ++i)
+        text += "{@}";
+    EXPECT_THROW(expand(params, text), std::runtime_error) << "2^32 bytes";
+}
+
 // Every way to break a template up, against an expander that is slow and obvious.
 TEST(ErrorParams, ExpandsLikeTheObviousExpander) {
     const std::map<std::string, std::string> pairs = {
         {"", "0"}, {"a", "{@b}"}, {"{@a", std::string(2000, 'y')}};
     const ErrorParams params = params_of(pairs);
+    const char* const tokens[] = {
+        "{", "@", "}", "a", "b", "{@a}", "{@}", "{@", "a long text of 21"};
     std::mt19937 random(1);
     for (int trial = 0; trial < 20'000; ++trial) {
         std::string text;
-        for (unsigned length = random() % 24; text.size() < length;)
-            text += "{@}ab"[random() % 5];
+        for (unsigned parts = random() % 40; parts != 0; --parts)
+            text += tokens[random() % std::size(tokens)];
         std::string expected = text;
         for (std::size_t at = 0; (at = expected.find("{@", at)) != std::string::npos;) {
             const std::size_t end = expected.find('}', at);
@@ -169,6 +183,19 @@ TEST(ErrorParams, WritesItsTrace) {
     params_of({}).write_trace(os, "; ");
     EXPECT_EQ(os.str(), "'b' => \"" + std::string(256, 'v') + "...\"; '" + std::string(128, 'n') +
                             "...' => \"\"quoted\"\"");
+
+    std::ostringstream padded;
+    padded << std::setw(5);
+    params_of({{"a", "1"}, {"b", "2"}}).write_trace(padded, "; ");
+    EXPECT_EQ(padded.str(), "'    a' => \"1\"; 'b' => \"2\"");
+}
+
+TEST(ErrorParams, PassesATemporaryOn) {
+    const std::string value(40, 'v');
+    const tarv_test::AllocationWatch watch;
+    const ErrorParams params = ErrorParams().add("a", value).add("b", 2).add("c", 1, "3", 1);
+    EXPECT_EQ(params.size(), 3u);
+    EXPECT_EQ(watch.allocations(), 3) << "the pairs, a long value, and a name that is copied";
 }
 
 TEST(ErrorParams, RunsOutOfMemoryCleanly) {

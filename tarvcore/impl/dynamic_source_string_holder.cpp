@@ -1,6 +1,5 @@
 #include "tarvcore/impl/dynamic_source_string_holder.h"
 
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -8,18 +7,16 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/dynamic_source_string_holder.cpp#1 $"
 
 namespace tarvcore::impl {
 
-const DynamicSourceStringHolder* DynamicSourceStringHolder::create(
-    const char* text, unsigned length, InterfacePtr<const StringTraceData> source) {
+DynamicSourceStringHolder* DynamicSourceStringHolder::create(
+    unsigned length, InterfacePtr<const StringTraceData>&& source) {
     void* block = operator new[](sizeof(DynamicSourceStringHolder) + length + 1);
-    const auto* holder = new (block) DynamicSourceStringHolder(length, std::move(source));
-    char* characters = const_cast<char*>(holder->text());
-    std::memcpy(characters, text, length);
-    characters[length] = '\0';
+    auto* holder = new (block) DynamicSourceStringHolder(length, std::move(source));
+    holder->text()[length] = '\0';
     return holder;
 }
 
 DynamicSourceStringHolder::DynamicSourceStringHolder(unsigned length,
-                                                     InterfacePtr<const StringTraceData> source)
+                                                     InterfacePtr<const StringTraceData>&& source)
     : source_(std::move(source)), length_(length) {}
 
 DynamicSourceStringHolder::~DynamicSourceStringHolder() = default;

@@ -14,15 +14,17 @@ namespace tarvcore::impl {
 class TARVCORE_API DynamicSourceStringHolder final : public RefCounted<AtomicRefCount>,
                                                      public StringTraceData {
 public:
-    // A new block with a copy of the text and no reference yet.  Raises std::bad_alloc.
-    static const DynamicSourceStringHolder* create(const char* text, unsigned length,
-                                                   InterfacePtr<const StringTraceData> source);
+    // A new block without a reference, whose characters are to be filled in before it is shared;
+    // the NUL stands.  Raises std::bad_alloc.
+    static DynamicSourceStringHolder* create(unsigned length,
+                                             InterfacePtr<const StringTraceData>&& source = {});
 
     // The block whose characters start at `text`.
     static const DynamicSourceStringHolder* from_text(const char* text) {
         return reinterpret_cast<const DynamicSourceStringHolder*>(text) - 1;
     }
     const char* text() const { return reinterpret_cast<const char*>(this + 1); }
+    char* text() { return reinterpret_cast<char*>(this + 1); }
 
     std::string_view query_trace_text() const override;
 
@@ -33,7 +35,7 @@ protected:
     void destroy() const override;
 
 private:
-    DynamicSourceStringHolder(unsigned length, InterfacePtr<const StringTraceData> source);
+    DynamicSourceStringHolder(unsigned length, InterfacePtr<const StringTraceData>&& source);
     ~DynamicSourceStringHolder() override;
 
     InterfacePtr<const StringTraceData> source_;
