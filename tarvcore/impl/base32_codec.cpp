@@ -6,13 +6,11 @@
 
 #include <immintrin.h>
 
-#include "tarvcore/impl/simd_level.h"
+#include "tarvcore/impl/transform_blocks.h"
 #include "tarvcore/impl/transform_vectors.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/base32_codec.cpp#1 $");
 
-// Vectors go over text and bytes in blocks.  What is left after the last block is done by a block
-// that ends where the groups end, and does part of the one before it again.
 namespace tarvcore::impl {
 namespace {
 
@@ -94,9 +92,6 @@ constexpr ShuffleTable value_less_code = [] {
 
 // ---- SSSE3: 10 bytes, 16 characters.
 
-constexpr unsigned ssse3_bytes = 10;
-constexpr unsigned ssse3_chars = 16;
-
 // Takes eight words, each with ten bits of the source from its bit 15, 13, 11 or 9 down.
 [[gnu::target("ssse3")]] inline __m128i encode_ssse3(__m128i words) {
     // A multiplication shifts each word by its own count: the first five bits to the lower byte,
@@ -110,35 +105,6 @@ constexpr unsigned ssse3_chars = 16;
     const __m128i digits = _mm_cmpgt_epi8(values, _mm_set1_epi8(25));
     const __m128i distance = _mm_and_si128(digits, _mm_set1_epi8('2' - 26 - 'A'));
     return _mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('A')), distance);
-}
-
-[[gnu::target("ssse3")]] inline void encode_block_ssse3(const unsigned char* bytes, char* text) {
-    // Eight bytes from the first on and eight up to the last.
-    const __m128i source =
-        _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)),
-                           _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + 2)));
-    const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 14, 7, 15, 14);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
-                     encode_ssse3(_mm_shuffle_epi8(source, order)));
-}
-
-// `size` is that of whole groups.
-[[gnu::target("ssse3")]] char* encode_groups_ssse3(const unsigned char* bytes, unsigned size,
-                                                   char* text) {
-    if (size < ssse3_bytes) return encode_groups_by_pairs(bytes, size, text);
-    const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 8, 7, 9, 8);
-    for (; size >= 16; size -= ssse3_bytes, bytes += ssse3_bytes, text += ssse3_chars) {
-        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
-                         encode_ssse3(_mm_shuffle_epi8(source, order)));
-    }
-    if (size >= ssse3_bytes) {
-        encode_block_ssse3(bytes, text);
-        size -= ssse3_bytes, bytes += ssse3_bytes, text += ssse3_chars;
-    }
-    text += size / 5 * 8;
-    if (size != 0) encode_block_ssse3(bytes + size - ssse3_bytes, text - ssse3_chars);
-    return text;
 }
 
 // Decodes to the first ten bytes; false where a character is not good.
@@ -159,49 +125,51 @@ constexpr unsigned ssse3_chars = 16;
     return _mm_movemask_epi8(_mm_cmpeq_epi8(good, _mm_setzero_si128())) == 0;
 }
 
-[[gnu::target("ssse3")]] inline bool decode_block_ssse3(const char* text, unsigned char* bytes) {
-    __m128i block;
-    if (!decode_ssse3(text, &block)) return false;
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), block);
-    const int last = _mm_extract_epi16(block, 4);
-    std::memcpy(bytes + 8, &last, 2);
-    return true;
-}
+struct Ssse3Blocks {
+    static constexpr unsigned byte_count = 10;
+    static constexpr unsigned char_count = 16;
+    static constexpr unsigned bytes_beside = 6;
+    static constexpr unsigned chars_behind = 16;
 
-[[gnu::target("ssse3")]] unsigned decode_groups_ssse3(const char* text, unsigned length,
-                                                      unsigned char* bytes) {
-    unsigned done = 0;
-    // With stores of whole vectors as long as the bytes go on behind the block's.
-    for (; length - done >= 2 * ssse3_chars; done += ssse3_chars, bytes += ssse3_bytes) {
+    [[gnu::target("ssse3")]] static void encode(const unsigned char* bytes, char* text) {
+        // Eight bytes from the first on and eight up to the last.
+        const __m128i source =
+            _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)),
+                               _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + 2)));
+        const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 14, 7, 15, 14);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
+                         encode_ssse3(_mm_shuffle_epi8(source, order)));
+    }
+
+    [[gnu::target("ssse3")]] static void encode_inner(const unsigned char* bytes, char* text) {
+        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+        const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 8, 7, 9, 8);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
+                         encode_ssse3(_mm_shuffle_epi8(source, order)));
+    }
+
+    [[gnu::target("ssse3")]] static bool decode(const char* text, unsigned char* bytes) {
         __m128i block;
-        if (!decode_ssse3(text + done, &block)) return done;
+        if (!decode_ssse3(text, &block)) return false;
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), block);
+        const int last = _mm_extract_epi16(block, 4);
+        std::memcpy(bytes + 8, &last, 2);
+        return true;
+    }
+
+    // Stores a whole vector.
+    [[gnu::target("ssse3")]] static bool decode_inner(const char* text, unsigned char* bytes) {
+        __m128i block;
+        if (!decode_ssse3(text, &block)) return false;
         _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), block);
+        return true;
     }
-    if (length - done >= ssse3_chars) {
-        if (!decode_block_ssse3(text + done, bytes)) return done;
-        done += ssse3_chars, bytes += ssse3_bytes;
-    }
-    const unsigned rest = length - done;
-    if (done != 0 && rest != 0 &&
-        decode_block_ssse3(text + length - ssse3_chars, bytes + rest / 8 * 5 - ssse3_bytes)) {
-        return length;
-    }
-    return done;
-}
+};
 
 // ---- AVX2: 20 bytes, 32 characters.
 
-constexpr unsigned avx2_bytes = 20;
-constexpr unsigned avx2_chars = 32;
-
-[[gnu::target("avx2")]] inline void encode_block_avx2(const unsigned char* bytes, char* text) {
-    // Sixteen bytes from the first on and sixteen up to the last.
-    const __m256i source = _mm256_inserti128_si256(
-        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))),
-        _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + avx2_bytes - 16)), 1);
-    const __m256i order = _mm256_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 8, 7, 9, 8,  //
-                                           7, 6, 8, 7, 9, 8, 10, 9, 12, 11, 13, 12, 14, 13, 15, 14);
-    const __m256i words = _mm256_shuffle_epi8(source, order);
+// As `encode_ssse3`.
+[[gnu::target("avx2")]] inline __m256i encode_avx2(__m256i words) {
     const __m256i first = _mm256_mulhi_epu16(
         words, _mm256_setr_epi16(1 << 5, 1 << 7, 1 << 9, 1 << 11, 1 << 5, 1 << 7, 1 << 9, 1 << 11,
                                  1 << 5, 1 << 7, 1 << 9, 1 << 11, 1 << 5, 1 << 7, 1 << 9, 1 << 11));
@@ -212,18 +180,7 @@ constexpr unsigned avx2_chars = 32;
                                            _mm256_and_si256(second, _mm256_set1_epi16(0x1F00)));
     const __m256i digits = _mm256_cmpgt_epi8(values, _mm256_set1_epi8(25));
     const __m256i distance = _mm256_and_si256(digits, _mm256_set1_epi8('2' - 26 - 'A'));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(text),
-                        _mm256_add_epi8(_mm256_add_epi8(values, _mm256_set1_epi8('A')), distance));
-}
-
-[[gnu::target("avx2")]] char* encode_groups_avx2(const unsigned char* bytes, unsigned size,
-                                                 char* text) {
-    if (size < avx2_bytes) return encode_groups_ssse3(bytes, size, text);
-    for (; size >= avx2_bytes; size -= avx2_bytes, bytes += avx2_bytes, text += avx2_chars)
-        encode_block_avx2(bytes, text);
-    text += size / 5 * 8;
-    if (size != 0) encode_block_avx2(bytes + size - avx2_bytes, text - avx2_chars);
-    return text;
+    return _mm256_add_epi8(_mm256_add_epi8(values, _mm256_set1_epi8('A')), distance);
 }
 
 // Decodes to the first ten bytes of either half; false where a character is not good.
@@ -247,78 +204,62 @@ constexpr unsigned avx2_chars = 32;
     return good;
 }
 
-[[gnu::target("avx2")]] inline bool decode_block_avx2(const char* text, unsigned char* bytes) {
-    __m256i block;
-    if (!decode_avx2(text, &block)) return false;
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
-    const __m128i second = _mm256_extracti128_si256(block, 1);
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes + 10), second);
-    const int last = _mm_extract_epi16(second, 4);
-    std::memcpy(bytes + 18, &last, 2);
-    return true;
-}
+struct Avx2Blocks {
+    static constexpr unsigned byte_count = 20;
+    static constexpr unsigned char_count = 32;
+    static constexpr unsigned bytes_beside = 0;
+    static constexpr unsigned chars_behind = 16;
 
-[[gnu::target("avx2")]] unsigned decode_groups_avx2(const char* text, unsigned length,
-                                                    unsigned char* bytes) {
-    if (length < avx2_chars) return decode_groups_ssse3(text, length, bytes);
-    unsigned done = 0;
-    for (; length - done >= avx2_chars + 16; done += avx2_chars, bytes += avx2_bytes) {
+    [[gnu::target("avx2")]] static void encode(const unsigned char* bytes, char* text) {
+        // Sixteen bytes from the first on and sixteen up to the last.
+        const __m256i source = _mm256_inserti128_si256(
+            _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))),
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + byte_count - 16)), 1);
+        const __m256i order =
+            _mm256_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 8, 7, 9, 8,  //
+                             7, 6, 8, 7, 9, 8, 10, 9, 12, 11, 13, 12, 14, 13, 15, 14);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(text),
+                            encode_avx2(_mm256_shuffle_epi8(source, order)));
+    }
+
+    [[gnu::target("avx2")]] static bool decode(const char* text, unsigned char* bytes) {
         __m256i block;
-        if (!decode_avx2(text + done, &block)) return done;
+        if (!decode_avx2(text, &block)) return false;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
+        const __m128i second = _mm256_extracti128_si256(block, 1);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes + 10), second);
+        const int last = _mm_extract_epi16(second, 4);
+        std::memcpy(bytes + 18, &last, 2);
+        return true;
+    }
+
+    [[gnu::target("avx2")]] static bool decode_inner(const char* text, unsigned char* bytes) {
+        __m256i block;
+        if (!decode_avx2(text, &block)) return false;
         _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + 10),
                          _mm256_extracti128_si256(block, 1));
+        return true;
     }
-    for (; length - done >= avx2_chars; done += avx2_chars, bytes += avx2_bytes) {
-        if (!decode_block_avx2(text + done, bytes)) return done;
-    }
-    const unsigned rest = length - done;
-    if (rest != 0 &&
-        decode_block_avx2(text + length - avx2_chars, bytes + rest / 8 * 5 - avx2_bytes)) {
-        return length;
-    }
-    return done;
-}
+};
+
+struct Kernels {
+    using Ssse3 = Ssse3Blocks;
+    using Avx2 = Avx2Blocks;
+    static constexpr auto encode_baseline = encode_groups_by_pairs;
+    static constexpr auto decode_baseline = decode_groups_by_places;
+};
 
 }  // namespace
 
 char* Base32Codec::encode(const unsigned char* bytes, unsigned size, char* text, bool pad) {
     const unsigned rest = size % bytes_per_group;
-    const unsigned whole = size - rest;
-    switch (simd_level()) {
-        case SimdLevel::avx2:
-            text = encode_groups_avx2(bytes, whole, text);
-            break;
-        case SimdLevel::sse41:
-        case SimdLevel::ssse3:
-            text = encode_groups_ssse3(bytes, whole, text);
-            break;
-        case SimdLevel::sse2:
-            text = encode_groups_by_pairs(bytes, whole, text);
-            break;
-    }
-    return encode_last_group<Base32Codec>(bytes + whole, rest, text, pad);
+    text = encode_groups<Kernels>(bytes, size - rest, text);
+    return encode_last_group<Base32Codec>(bytes + size - rest, rest, text, pad);
 }
 
 unsigned Base32Codec::decode_groups(const char* text, unsigned length, unsigned char* bytes) {
-    // The last group may well be padded; the vectors have nothing to do with that.
-    unsigned whole = length - length % chars_per_group;
-    if (whole != 0 && text[whole - 1] == '=') whole -= chars_per_group;
-    unsigned done = 0;
-    switch (simd_level()) {
-        case SimdLevel::avx2:
-            done = decode_groups_avx2(text, whole, bytes);
-            break;
-        case SimdLevel::sse41:
-        case SimdLevel::ssse3:
-            done = decode_groups_ssse3(text, whole, bytes);
-            break;
-        case SimdLevel::sse2:
-            break;
-    }
-    // The groups before a fault, and short texts.
-    return done + decode_groups_by_places(text + done, whole - done,
-                                          bytes + done / chars_per_group * bytes_per_group);
+    return decode_good_groups<Base32Codec, Kernels>(text, length, bytes);
 }
 
 TransformProgress Base32Codec::decode(const char* text, unsigned length, unsigned char* bytes,

@@ -6,14 +6,11 @@
 
 #include <immintrin.h>
 
-#include "tarvcore/impl/simd_level.h"
+#include "tarvcore/impl/transform_blocks.h"
 #include "tarvcore/impl/transform_vectors.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/base64_codec.cpp#1 $");
 
-// Vectors go over text and bytes in blocks.  What is left after the last block is done by a block
-// that ends where the groups end, and does part of the one before it again.
-//
 // A group as a number is bytes b0 b1 b2, or characters of 6 bits c0 c1 c2 c3; in the comments on
 // vectors the lowest byte stands first.
 namespace tarvcore::impl {
@@ -159,9 +156,6 @@ static_assert(
 
 // ---- SSSE3: 12 bytes, 16 characters.
 
-constexpr unsigned ssse3_bytes = 12;
-constexpr unsigned ssse3_chars = 16;
-
 // `source` has the groups' bytes as b1 b0 b2 b1 each.
 [[gnu::target("ssse3")]] inline __m128i encode_ssse3(__m128i source) {
     // A multiplication shifts each 16 bits by its own count.
@@ -176,41 +170,8 @@ constexpr unsigned ssse3_chars = 16;
     return _mm_add_epi8(values, _mm_shuffle_epi8(load_table(code_less_value), kind));
 }
 
-[[gnu::target("ssse3")]] inline void encode_block_ssse3(const unsigned char* bytes, char* text) {
-    // Eight bytes from the first on and eight up to the last.
-    const __m128i source = _mm_unpacklo_epi64(
-        _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)),
-        _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + ssse3_bytes - 8)));
-    const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 12, 7, 14, 13, 15, 14);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
-                     encode_ssse3(_mm_shuffle_epi8(source, order)));
-}
-
-// `size` is that of whole groups.
-[[gnu::target("ssse3")]] char* encode_groups_ssse3(const unsigned char* bytes, unsigned size,
-                                                   char* text) {
-    if (size < ssse3_bytes) return encode_groups_by_pairs(bytes, size, text);
-    const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
-    for (; size >= 16; size -= ssse3_bytes, bytes += ssse3_bytes, text += ssse3_chars) {
-        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
-                         encode_ssse3(_mm_shuffle_epi8(source, order)));
-    }
-    if (size >= ssse3_bytes) {
-        encode_block_ssse3(bytes, text);
-        size -= ssse3_bytes, bytes += ssse3_bytes, text += ssse3_chars;
-    }
-    text += size / 3 * 4;
-    if (size != 0) encode_block_ssse3(bytes + size - ssse3_bytes, text - ssse3_chars);
-    return text;
-}
-
-struct DecodedSsse3 {
-    __m128i good;   // a byte of 0 for each character that is not
-    __m128i bytes;  // 12 of them
-};
-
-[[gnu::target("ssse3")]] inline DecodedSsse3 decode_ssse3(const char* text) {
+// Decodes to the first 12 bytes; false where a character is not good.
+[[gnu::target("ssse3")]] inline bool decode_ssse3(const char* text, __m128i* bytes) {
     const __m128i codes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
     const __m128i higher = _mm_and_si128(_mm_srli_epi32(codes, 4), _mm_set1_epi8(15));
     // The shuffle answers 0 for codes from 128 on.
@@ -222,47 +183,52 @@ struct DecodedSsse3 {
     const __m128i pairs = _mm_maddubs_epi16(values, _mm_set1_epi16(0x0140));
     const __m128i groups = _mm_madd_epi16(pairs, _mm_set1_epi32(0x00011000));
     const __m128i order = _mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
-    return {good, _mm_shuffle_epi8(groups, order)};
-}
-
-[[gnu::target("ssse3")]] inline bool all_good(__m128i good) {
+    *bytes = _mm_shuffle_epi8(groups, order);
     return _mm_movemask_epi8(_mm_cmpeq_epi8(good, _mm_setzero_si128())) == 0;
 }
 
-[[gnu::target("ssse3")]] inline bool decode_block_ssse3(const char* text, unsigned char* bytes) {
-    const DecodedSsse3 block = decode_ssse3(text);
-    if (!all_good(block.good)) return false;
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), block.bytes);
-    const int last = _mm_cvtsi128_si32(_mm_srli_si128(block.bytes, 8));
-    std::memcpy(bytes + 8, &last, 4);
-    return true;
-}
+struct Ssse3Blocks {
+    static constexpr unsigned byte_count = 12;
+    static constexpr unsigned char_count = 16;
+    static constexpr unsigned bytes_beside = 4;
+    static constexpr unsigned chars_behind = 8;
 
-[[gnu::target("ssse3")]] unsigned decode_groups_ssse3(const char* text, unsigned length,
-                                                      unsigned char* bytes) {
-    unsigned done = 0;
-    // With stores of whole vectors as long as the bytes go on behind the block's.
-    for (; length - done >= ssse3_chars + 8; done += ssse3_chars, bytes += ssse3_bytes) {
-        const DecodedSsse3 block = decode_ssse3(text + done);
-        if (!all_good(block.good)) return done;
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), block.bytes);
+    [[gnu::target("ssse3")]] static void encode(const unsigned char* bytes, char* text) {
+        // Eight bytes from the first on and eight up to the last.
+        const __m128i source = _mm_unpacklo_epi64(
+            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)),
+            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + byte_count - 8)));
+        const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 12, 7, 14, 13, 15, 14);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
+                         encode_ssse3(_mm_shuffle_epi8(source, order)));
     }
-    if (length - done >= ssse3_chars) {
-        if (!decode_block_ssse3(text + done, bytes)) return done;
-        done += ssse3_chars, bytes += ssse3_bytes;
+
+    [[gnu::target("ssse3")]] static void encode_inner(const unsigned char* bytes, char* text) {
+        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+        const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
+                         encode_ssse3(_mm_shuffle_epi8(source, order)));
     }
-    const unsigned rest = length - done;
-    if (done != 0 && rest != 0 &&
-        decode_block_ssse3(text + length - ssse3_chars, bytes + rest / 4 * 3 - ssse3_bytes)) {
-        return length;
+
+    [[gnu::target("ssse3")]] static bool decode(const char* text, unsigned char* bytes) {
+        __m128i block;
+        if (!decode_ssse3(text, &block)) return false;
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), block);
+        const int last = _mm_cvtsi128_si32(_mm_srli_si128(block, 8));
+        std::memcpy(bytes + 8, &last, 4);
+        return true;
     }
-    return done;
-}
+
+    // Stores a whole vector.
+    [[gnu::target("ssse3")]] static bool decode_inner(const char* text, unsigned char* bytes) {
+        __m128i block;
+        if (!decode_ssse3(text, &block)) return false;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), block);
+        return true;
+    }
+};
 
 // ---- AVX2: 24 bytes, 32 characters.
-
-constexpr unsigned avx2_bytes = 24;
-constexpr unsigned avx2_chars = 32;
 
 // `order` brings the bytes of groups into the order that `encode_ssse3` takes.
 [[gnu::target("avx2")]] inline __m256i encode_avx2(__m256i bytes, __m256i order) {
@@ -277,147 +243,101 @@ constexpr unsigned avx2_chars = 32;
     return _mm256_add_epi8(values, _mm256_shuffle_epi8(load_table_twice(code_less_value), kind));
 }
 
-[[gnu::target("avx2")]] inline void encode_block_avx2(const unsigned char* bytes, char* text) {
-    // Sixteen bytes from the first on and sixteen up to the last.
-    const __m256i halves = _mm256_inserti128_si256(
-        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))),
-        _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + avx2_bytes - 16)), 1);
-    const __m256i order = _mm256_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10,  //
-                                           5, 4, 6, 5, 8, 7, 9, 8, 11, 10, 12, 11, 14, 13, 15, 14);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(text), encode_avx2(halves, order));
-}
+class Avx2Blocks {
+public:
+    static constexpr unsigned byte_count = 24;
+    static constexpr unsigned char_count = 32;
+    static constexpr unsigned bytes_beside = 4;
+    static constexpr unsigned chars_behind = 8;
 
-[[gnu::target("avx2")]] char* encode_groups_avx2(const unsigned char* bytes, unsigned size,
-                                                 char* text) {
-    if (size < avx2_bytes) return encode_groups_ssse3(bytes, size, text);
-    encode_block_avx2(bytes, text);
-    size -= avx2_bytes, bytes += avx2_bytes, text += avx2_chars;
+    [[gnu::target("avx2")]] Avx2Blocks() {
+        // Here and now: the compiler would do it again for every block.
+        asm("" : "+x"(lower_), "+x"(higher_), "+x"(further_), "+x"(value_));
+    }
+
+    [[gnu::target("avx2")]] static void encode(const unsigned char* bytes, char* text) {
+        // Sixteen bytes from the first on and sixteen up to the last.
+        const __m256i halves = _mm256_inserti128_si256(
+            _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))),
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + byte_count - 16)), 1);
+        const __m256i order =
+            _mm256_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10,  //
+                             5, 4, 6, 5, 8, 7, 9, 8, 11, 10, 12, 11, 14, 13, 15, 14);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(text), encode_avx2(halves, order));
+    }
+
     // With four more bytes on either side a block lies evenly in the two halves of a vector.
-    const __m256i order =
-        _mm256_setr_epi8(5, 4, 6, 5, 8, 7, 9, 8, 11, 10, 12, 11, 14, 13, 15, 14,  //
-                         1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
-    for (; size >= avx2_bytes + 4; size -= avx2_bytes, bytes += avx2_bytes, text += avx2_chars) {
+    [[gnu::target("avx2")]] static void encode_inner(const unsigned char* bytes, char* text) {
         const __m256i source = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes - 4));
+        const __m256i order =
+            _mm256_setr_epi8(5, 4, 6, 5, 8, 7, 9, 8, 11, 10, 12, 11, 14, 13, 15, 14,  //
+                             1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(text), encode_avx2(source, order));
     }
-    if (size >= avx2_bytes) {
-        encode_block_avx2(bytes, text);
-        size -= avx2_bytes, bytes += avx2_bytes, text += avx2_chars;
-    }
-    text += size / 3 * 4;
-    if (size != 0) encode_block_avx2(bytes + size - avx2_bytes, text - avx2_chars);
-    return text;
-}
 
-struct DecodingTablesAvx2 {
-    __m256i lower, higher, further, value;
-};
-
-// Loaded once: the compiler would do it again for every block.
-[[gnu::target("avx2")]] inline DecodingTablesAvx2 load_decoding_tables_avx2() {
-    __m256i lower = load_table_twice(lower_faults);
-    __m256i higher = load_table_twice(higher_bits);
-    __m256i further = load_table_twice(further_on);
-    __m256i value = load_table_twice(value_less_code);
-    asm("" : "+x"(lower), "+x"(higher), "+x"(further), "+x"(value));
-    return {lower, higher, further, value};
-}
-
-// Decodes to the first 12 bytes of either half; false where a character is not good.
-[[gnu::target("avx2")]] inline bool decode_avx2(const char* text, const DecodingTablesAvx2& tables,
-                                                __m256i* bytes) {
-    const __m256i codes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
-    const __m256i higher = _mm256_and_si256(_mm256_srli_epi32(codes, 4), _mm256_set1_epi8(15));
-    const __m256i lower = _mm256_and_si256(codes, _mm256_set1_epi8(15));
-    const bool good = _mm256_testz_si256(_mm256_shuffle_epi8(tables.lower, lower),
-                                         _mm256_shuffle_epi8(tables.higher, higher)) != 0;
-    const __m256i place = _mm256_add_epi8(higher, _mm256_shuffle_epi8(tables.further, lower));
-    const __m256i values = _mm256_add_epi8(codes, _mm256_shuffle_epi8(tables.value, place));
-    const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0140));
-    const __m256i groups = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
-    const __m256i order =
-        _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
-                         2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
-    *bytes = _mm256_shuffle_epi8(groups, order);
-    return good;
-}
-
-[[gnu::target("avx2")]] inline bool decode_block_avx2(const char* text, unsigned char* bytes,
-                                                      const DecodingTablesAvx2& tables) {
-    __m256i block;
-    if (!decode_avx2(text, tables, &block)) return false;
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
-    // No further than the bytes go.
-    const __m128i second = _mm256_extracti128_si256(block, 1);
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes + 12), second);
-    const int last = _mm_extract_epi32(second, 2);
-    std::memcpy(bytes + 20, &last, 4);
-    return true;
-}
-
-[[gnu::target("avx2")]] unsigned decode_groups_avx2(const char* text, unsigned length,
-                                                    unsigned char* bytes) {
-    if (length < avx2_chars) return decode_groups_ssse3(text, length, bytes);
-    const DecodingTablesAvx2 tables = load_decoding_tables_avx2();
-    unsigned done = 0;
-    for (; length - done >= avx2_chars + 8; done += avx2_chars, bytes += avx2_bytes) {
+    [[gnu::target("avx2")]] bool decode(const char* text, unsigned char* bytes) const {
         __m256i block;
-        if (!decode_avx2(text + done, tables, &block)) return done;
+        if (!decode_halves(text, &block)) return false;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
+        // No further than the bytes go.
+        const __m128i second = _mm256_extracti128_si256(block, 1);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes + 12), second);
+        const int last = _mm_extract_epi32(second, 2);
+        std::memcpy(bytes + 20, &last, 4);
+        return true;
+    }
+
+    [[gnu::target("avx2")]] bool decode_inner(const char* text, unsigned char* bytes) const {
+        __m256i block;
+        if (!decode_halves(text, &block)) return false;
         _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + 12),
                          _mm256_extracti128_si256(block, 1));
+        return true;
     }
-    if (length - done >= avx2_chars) {
-        if (!decode_block_avx2(text + done, bytes, tables)) return done;
-        done += avx2_chars, bytes += avx2_bytes;
+
+private:
+    // Decodes to the first 12 bytes of either half; false where a character is not good.
+    [[gnu::target("avx2")]] bool decode_halves(const char* text, __m256i* bytes) const {
+        const __m256i codes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
+        const __m256i higher = _mm256_and_si256(_mm256_srli_epi32(codes, 4), _mm256_set1_epi8(15));
+        const __m256i lower = _mm256_and_si256(codes, _mm256_set1_epi8(15));
+        const bool good = _mm256_testz_si256(_mm256_shuffle_epi8(lower_, lower),
+                                             _mm256_shuffle_epi8(higher_, higher)) != 0;
+        const __m256i place = _mm256_add_epi8(higher, _mm256_shuffle_epi8(further_, lower));
+        const __m256i values = _mm256_add_epi8(codes, _mm256_shuffle_epi8(value_, place));
+        const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0140));
+        const __m256i groups = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
+        const __m256i order =
+            _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
+                             2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
+        *bytes = _mm256_shuffle_epi8(groups, order);
+        return good;
     }
-    const unsigned rest = length - done;
-    if (rest != 0 &&
-        decode_block_avx2(text + length - avx2_chars, bytes + rest / 4 * 3 - avx2_bytes, tables)) {
-        return length;
-    }
-    return done;
-}
+
+    __m256i lower_ = load_table_twice(lower_faults);
+    __m256i higher_ = load_table_twice(higher_bits);
+    __m256i further_ = load_table_twice(further_on);
+    __m256i value_ = load_table_twice(value_less_code);
+};
+
+struct Kernels {
+    using Ssse3 = Ssse3Blocks;
+    using Avx2 = Avx2Blocks;
+    static constexpr auto encode_baseline = encode_groups_by_pairs;
+    static constexpr auto decode_baseline = decode_groups_by_places;
+};
 
 }  // namespace
 
 char* Base64Codec::encode(const unsigned char* bytes, unsigned size, char* text, bool pad) {
     const unsigned rest = size % bytes_per_group;
-    const unsigned whole = size - rest;
-    switch (simd_level()) {
-        case SimdLevel::avx2:
-            text = encode_groups_avx2(bytes, whole, text);
-            break;
-        case SimdLevel::sse41:
-        case SimdLevel::ssse3:
-            text = encode_groups_ssse3(bytes, whole, text);
-            break;
-        case SimdLevel::sse2:
-            text = encode_groups_by_pairs(bytes, whole, text);
-            break;
-    }
-    return encode_rest(bytes + whole, rest, text, pad);
+    text = encode_groups<Kernels>(bytes, size - rest, text);
+    return encode_rest(bytes + size - rest, rest, text, pad);
 }
 
 unsigned Base64Codec::decode_groups(const char* text, unsigned length, unsigned char* bytes) {
-    // The last group may well be padded; the vectors have nothing to do with that.
-    unsigned whole = length - length % chars_per_group;
-    if (whole != 0 && text[whole - 1] == '=') whole -= chars_per_group;
-    unsigned done = 0;
-    switch (simd_level()) {
-        case SimdLevel::avx2:
-            done = decode_groups_avx2(text, whole, bytes);
-            break;
-        case SimdLevel::sse41:
-        case SimdLevel::ssse3:
-            done = decode_groups_ssse3(text, whole, bytes);
-            break;
-        case SimdLevel::sse2:
-            break;
-    }
-    // The groups before a fault, and short texts.
-    return done + decode_groups_by_places(text + done, whole - done,
-                                          bytes + done / chars_per_group * bytes_per_group);
+    return decode_good_groups<Base64Codec, Kernels>(text, length, bytes);
 }
 
 TransformProgress Base64Codec::decode(const char* text, unsigned length, unsigned char* bytes,

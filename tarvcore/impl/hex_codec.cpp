@@ -5,12 +5,10 @@
 
 #include <immintrin.h>
 
-#include "tarvcore/impl/simd_level.h"
+#include "tarvcore/impl/transform_blocks.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/hex_codec.cpp#1 $");
 
-// Vectors go over text and bytes in blocks; what is left is done by a block that ends where they
-// end, and does part of the one before it again.
 namespace tarvcore::impl {
 namespace {
 
@@ -31,9 +29,10 @@ constexpr auto value_by_code = [] {
     return values;
 }();
 
-void encode_by_pairs(const unsigned char* bytes, unsigned size, char* text) {
+char* encode_by_pairs(const unsigned char* bytes, unsigned size, char* text) {
     for (; size != 0; --size, ++bytes, text += 2)
         std::memcpy(text, &character_pairs[*bytes], 2);
+    return text;
 }
 
 // Answers how many characters were decoded; their number is even.
@@ -50,27 +49,10 @@ unsigned decode_by_values(const char* text, unsigned length, unsigned char* byte
 
 // ---- SSE2: 16 bytes, 32 characters.
 
-constexpr unsigned sse2_bytes = 16;
-
 inline __m128i digits_sse2(__m128i values) {
     const __m128i letters = _mm_cmpgt_epi8(values, _mm_set1_epi8(9));
     const __m128i distance = _mm_and_si128(letters, _mm_set1_epi8('a' - '9' - 1));
     return _mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('0')), distance);
-}
-
-inline void encode_block_sse2(const unsigned char* bytes, char* text) {
-    const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-    const __m128i higher = digits_sse2(_mm_and_si128(_mm_srli_epi32(source, 4), _mm_set1_epi8(15)));
-    const __m128i lower = digits_sse2(_mm_and_si128(source, _mm_set1_epi8(15)));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(text), _mm_unpacklo_epi8(higher, lower));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(text + 16), _mm_unpackhi_epi8(higher, lower));
-}
-
-void encode_sse2(const unsigned char* bytes, unsigned size, char* text) {
-    if (size < sse2_bytes) return encode_by_pairs(bytes, size, text);
-    for (; size >= sse2_bytes; size -= sse2_bytes, bytes += sse2_bytes, text += 2 * sse2_bytes)
-        encode_block_sse2(bytes, text);
-    if (size != 0) encode_block_sse2(bytes + size - sse2_bytes, text + 2 * size - 2 * sse2_bytes);
 }
 
 // Digits become their values, everything else more than 15.
@@ -96,100 +78,77 @@ inline __m128i pair_values_sse2(__m128i values) {
     return _mm_and_si128(pairs, _mm_set1_epi16(0xFF));
 }
 
-inline bool decode_block_sse2(const char* text, unsigned char* bytes) {
-    const __m128i first = values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text)));
-    const __m128i second =
-        values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text + 16)));
-    if (!are_values_sse2(_mm_or_si128(first, second))) return false;
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes),
-                     _mm_packus_epi16(pair_values_sse2(first), pair_values_sse2(second)));
-    return true;
+struct Sse2Blocks {
+    static constexpr unsigned byte_count = 16;
+    static constexpr unsigned char_count = 32;
+    static constexpr unsigned bytes_beside = 0;
+    static constexpr unsigned chars_behind = 0;
+
+    static void encode(const unsigned char* bytes, char* text) {
+        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+        const __m128i higher =
+            digits_sse2(_mm_and_si128(_mm_srli_epi32(source, 4), _mm_set1_epi8(15)));
+        const __m128i lower = digits_sse2(_mm_and_si128(source, _mm_set1_epi8(15)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(text), _mm_unpacklo_epi8(higher, lower));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(text + 16), _mm_unpackhi_epi8(higher, lower));
+    }
+
+    static bool decode(const char* text, unsigned char* bytes) {
+        const __m128i first = values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text)));
+        const __m128i second =
+            values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text + 16)));
+        if (!are_values_sse2(_mm_or_si128(first, second))) return false;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes),
+                         _mm_packus_epi16(pair_values_sse2(first), pair_values_sse2(second)));
+        return true;
+    }
+};
+
+char* encode_sse2(const unsigned char* bytes, unsigned size, char* text) {
+    if (size < Sse2Blocks::byte_count) return encode_by_pairs(bytes, size, text);
+    return encode_in_blocks(Sse2Blocks(), bytes, size, text);
 }
 
 unsigned decode_sse2(const char* text, unsigned length, unsigned char* bytes) {
     unsigned done = 0;
-    for (; length - done >= 2 * sse2_bytes; done += 2 * sse2_bytes) {
-        if (!decode_block_sse2(text + done, bytes + done / 2)) return done;
+    if (length >= Sse2Blocks::char_count) {
+        done = decode_in_blocks(Sse2Blocks(), text, length, bytes);
     }
-    if (done != 0 && done != length &&
-        decode_block_sse2(text + length - 2 * sse2_bytes, bytes + length / 2 - sse2_bytes)) {
-        return length;
-    }
-    return done;
+    return done + decode_by_values(text + done, length - done, bytes + done / 2);
 }
 
 // ---- SSSE3, in the same blocks: a shuffle finds digits, a multiplication pairs values.
 
-[[gnu::target("ssse3")]] inline void encode_block_ssse3(const unsigned char* bytes, char* text) {
-    const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-    const __m128i alphabet = _mm_loadu_si128(reinterpret_cast<const __m128i*>(hex_alphabet));
-    const __m128i higher =
-        _mm_shuffle_epi8(alphabet, _mm_and_si128(_mm_srli_epi32(source, 4), _mm_set1_epi8(15)));
-    const __m128i lower = _mm_shuffle_epi8(alphabet, _mm_and_si128(source, _mm_set1_epi8(15)));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(text), _mm_unpacklo_epi8(higher, lower));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(text + 16), _mm_unpackhi_epi8(higher, lower));
-}
+struct Ssse3Blocks {
+    static constexpr unsigned byte_count = 16;
+    static constexpr unsigned char_count = 32;
+    static constexpr unsigned bytes_beside = 0;
+    static constexpr unsigned chars_behind = 0;
 
-[[gnu::target("ssse3")]] void encode_ssse3(const unsigned char* bytes, unsigned size, char* text) {
-    if (size < sse2_bytes) return encode_by_pairs(bytes, size, text);
-    for (; size >= sse2_bytes; size -= sse2_bytes, bytes += sse2_bytes, text += 2 * sse2_bytes)
-        encode_block_ssse3(bytes, text);
-    if (size != 0) encode_block_ssse3(bytes + size - sse2_bytes, text + 2 * size - 2 * sse2_bytes);
-}
-
-[[gnu::target("ssse3")]] inline bool decode_block_ssse3(const char* text, unsigned char* bytes) {
-    const __m128i first = values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text)));
-    const __m128i second =
-        values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text + 16)));
-    if (!are_values_sse2(_mm_or_si128(first, second))) return false;
-    const __m128i weights = _mm_set1_epi16(0x0110);
-    _mm_storeu_si128(
-        reinterpret_cast<__m128i*>(bytes),
-        _mm_packus_epi16(_mm_maddubs_epi16(first, weights), _mm_maddubs_epi16(second, weights)));
-    return true;
-}
-
-[[gnu::target("ssse3")]] unsigned decode_ssse3(const char* text, unsigned length,
-                                               unsigned char* bytes) {
-    unsigned done = 0;
-    for (; length - done >= 2 * sse2_bytes; done += 2 * sse2_bytes) {
-        if (!decode_block_ssse3(text + done, bytes + done / 2)) return done;
+    [[gnu::target("ssse3")]] static void encode(const unsigned char* bytes, char* text) {
+        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+        const __m128i alphabet = _mm_loadu_si128(reinterpret_cast<const __m128i*>(hex_alphabet));
+        const __m128i higher =
+            _mm_shuffle_epi8(alphabet, _mm_and_si128(_mm_srli_epi32(source, 4), _mm_set1_epi8(15)));
+        const __m128i lower = _mm_shuffle_epi8(alphabet, _mm_and_si128(source, _mm_set1_epi8(15)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(text), _mm_unpacklo_epi8(higher, lower));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(text + 16), _mm_unpackhi_epi8(higher, lower));
     }
-    if (done != 0 && done != length &&
-        decode_block_ssse3(text + length - 2 * sse2_bytes, bytes + length / 2 - sse2_bytes)) {
-        return length;
+
+    [[gnu::target("ssse3")]] static bool decode(const char* text, unsigned char* bytes) {
+        const __m128i first = values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text)));
+        const __m128i second =
+            values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text + 16)));
+        if (!are_values_sse2(_mm_or_si128(first, second))) return false;
+        const __m128i weights = _mm_set1_epi16(0x0110);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes),
+                         _mm_packus_epi16(_mm_maddubs_epi16(first, weights),
+                                          _mm_maddubs_epi16(second, weights)));
+        return true;
     }
-    return done;
-}
+};
 
 // ---- AVX2: 32 bytes, 64 characters.
-
-constexpr unsigned avx2_bytes = 32;
-
-[[gnu::target("avx2")]] inline void encode_block_avx2(const unsigned char* bytes, char* text) {
-    const __m256i source = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes));
-    const __m256i alphabet = _mm256_broadcastsi128_si256(
-        _mm_loadu_si128(reinterpret_cast<const __m128i*>(hex_alphabet)));
-    const __m256i higher = _mm256_shuffle_epi8(
-        alphabet, _mm256_and_si256(_mm256_srli_epi32(source, 4), _mm256_set1_epi8(15)));
-    const __m256i lower =
-        _mm256_shuffle_epi8(alphabet, _mm256_and_si256(source, _mm256_set1_epi8(15)));
-    // Bytes 0 to 7 and 16 to 23, and the others.
-    const __m256i first = _mm256_unpacklo_epi8(higher, lower);
-    const __m256i second = _mm256_unpackhi_epi8(higher, lower);
-    auto* const destination = reinterpret_cast<__m128i*>(text);
-    _mm_storeu_si128(destination, _mm256_castsi256_si128(first));
-    _mm_storeu_si128(destination + 1, _mm256_castsi256_si128(second));
-    _mm_storeu_si128(destination + 2, _mm256_extracti128_si256(first, 1));
-    _mm_storeu_si128(destination + 3, _mm256_extracti128_si256(second, 1));
-}
-
-[[gnu::target("avx2")]] void encode_avx2(const unsigned char* bytes, unsigned size, char* text) {
-    if (size < avx2_bytes) return encode_ssse3(bytes, size, text);
-    for (; size >= avx2_bytes; size -= avx2_bytes, bytes += avx2_bytes, text += 2 * avx2_bytes)
-        encode_block_avx2(bytes, text);
-    if (size != 0) encode_block_avx2(bytes + size - avx2_bytes, text + 2 * size - 2 * avx2_bytes);
-}
 
 [[gnu::target("avx2")]] inline __m256i values_avx2(__m256i codes) {
     const __m256i high =
@@ -202,72 +161,63 @@ constexpr unsigned avx2_bytes = 32;
     return _mm256_min_epu8(decimal, letter);
 }
 
-[[gnu::target("avx2")]] inline bool decode_block_avx2(const char* text, unsigned char* bytes) {
-    const auto* const source = reinterpret_cast<const __m256i*>(text);
-    const __m256i first = values_avx2(_mm256_loadu_si256(source));
-    const __m256i second = values_avx2(_mm256_loadu_si256(source + 1));
-    if (_mm256_testz_si256(_mm256_or_si256(first, second),
-                           _mm256_set1_epi8(static_cast<char>(0xF0))) == 0) {
-        return false;
-    }
-    const __m256i weights = _mm256_set1_epi16(0x0110);
-    // Packing goes by halves.
-    const __m256i packed = _mm256_packus_epi16(_mm256_maddubs_epi16(first, weights),
-                                               _mm256_maddubs_epi16(second, weights));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(bytes),
-                        _mm256_permute4x64_epi64(packed, 0b11'01'10'00));
-    return true;
-}
+struct Avx2Blocks {
+    static constexpr unsigned byte_count = 32;
+    static constexpr unsigned char_count = 64;
+    static constexpr unsigned bytes_beside = 0;
+    static constexpr unsigned chars_behind = 0;
 
-[[gnu::target("avx2")]] unsigned decode_avx2(const char* text, unsigned length,
-                                             unsigned char* bytes) {
-    if (length < 2 * avx2_bytes) return decode_ssse3(text, length, bytes);
-    unsigned done = 0;
-    for (; length - done >= 2 * avx2_bytes; done += 2 * avx2_bytes) {
-        if (!decode_block_avx2(text + done, bytes + done / 2)) return done;
+    [[gnu::target("avx2")]] static void encode(const unsigned char* bytes, char* text) {
+        const __m256i source = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes));
+        const __m256i alphabet = _mm256_broadcastsi128_si256(
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(hex_alphabet)));
+        const __m256i higher = _mm256_shuffle_epi8(
+            alphabet, _mm256_and_si256(_mm256_srli_epi32(source, 4), _mm256_set1_epi8(15)));
+        const __m256i lower =
+            _mm256_shuffle_epi8(alphabet, _mm256_and_si256(source, _mm256_set1_epi8(15)));
+        // Bytes 0 to 7 and 16 to 23, and the others.
+        const __m256i first = _mm256_unpacklo_epi8(higher, lower);
+        const __m256i second = _mm256_unpackhi_epi8(higher, lower);
+        auto* const destination = reinterpret_cast<__m128i*>(text);
+        _mm_storeu_si128(destination, _mm256_castsi256_si128(first));
+        _mm_storeu_si128(destination + 1, _mm256_castsi256_si128(second));
+        _mm_storeu_si128(destination + 2, _mm256_extracti128_si256(first, 1));
+        _mm_storeu_si128(destination + 3, _mm256_extracti128_si256(second, 1));
     }
-    if (done != length &&
-        decode_block_avx2(text + length - 2 * avx2_bytes, bytes + length / 2 - avx2_bytes)) {
-        return length;
+
+    [[gnu::target("avx2")]] static bool decode(const char* text, unsigned char* bytes) {
+        const auto* const source = reinterpret_cast<const __m256i*>(text);
+        const __m256i first = values_avx2(_mm256_loadu_si256(source));
+        const __m256i second = values_avx2(_mm256_loadu_si256(source + 1));
+        if (_mm256_testz_si256(_mm256_or_si256(first, second),
+                               _mm256_set1_epi8(static_cast<char>(0xF0))) == 0) {
+            return false;
+        }
+        const __m256i weights = _mm256_set1_epi16(0x0110);
+        // Packing goes by halves.
+        const __m256i packed = _mm256_packus_epi16(_mm256_maddubs_epi16(first, weights),
+                                                   _mm256_maddubs_epi16(second, weights));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(bytes),
+                            _mm256_permute4x64_epi64(packed, 0b11'01'10'00));
+        return true;
     }
-    return done;
-}
+};
+
+struct Kernels {
+    using Ssse3 = Ssse3Blocks;
+    using Avx2 = Avx2Blocks;
+    static constexpr auto encode_baseline = encode_sse2;
+    static constexpr auto decode_baseline = decode_sse2;
+};
 
 }  // namespace
 
 char* HexCodec::encode(const unsigned char* bytes, unsigned size, char* text, bool) {
-    switch (simd_level()) {
-        case SimdLevel::avx2:
-            encode_avx2(bytes, size, text);
-            break;
-        case SimdLevel::sse41:
-        case SimdLevel::ssse3:
-            encode_ssse3(bytes, size, text);
-            break;
-        case SimdLevel::sse2:
-            encode_sse2(bytes, size, text);
-            break;
-    }
-    return text + chars_per_group * size;
+    return encode_groups<Kernels>(bytes, size, text);
 }
 
 unsigned HexCodec::decode_groups(const char* text, unsigned length, unsigned char* bytes) {
-    const unsigned whole = length - length % chars_per_group;
-    unsigned done = 0;
-    switch (simd_level()) {
-        case SimdLevel::avx2:
-            done = decode_avx2(text, whole, bytes);
-            break;
-        case SimdLevel::sse41:
-        case SimdLevel::ssse3:
-            done = decode_ssse3(text, whole, bytes);
-            break;
-        case SimdLevel::sse2:
-            done = decode_sse2(text, whole, bytes);
-            break;
-    }
-    // The digits before a fault, and short texts.
-    return done + decode_by_values(text + done, whole - done, bytes + done / chars_per_group);
+    return decode_good_groups<HexCodec, Kernels>(text, length, bytes);
 }
 
 TransformProgress HexCodec::decode(const char* text, unsigned length, unsigned char* bytes,
