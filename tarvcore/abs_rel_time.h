@@ -222,13 +222,13 @@ public:
     static AbsoluteTime from_full_julian_date(double jd, ErrorInfo::Ptr* error,
                                               bool round_to_second);
 
-    // Reads ISO 8601 text in UTC:
+    // Reads ISO 8601 text in UTC, of 13 characters or more (so not YYYYMMDDThh):
     //
     //     date       YYYY-MM-DD or YYYYMMDD; days up to 31 in every month, counted on into the next
     //     separator  a blank, T or t
     //     time       hh, hh:mm, hh:mm:ss, hhmm or hhmmss; up to 24:00:00, seconds up to 60
-    //     fraction   "." or "," and digits, of the last field that there is (not "," after hh:mm),
-    //                rounded to nanoseconds
+    //     fraction   "." or "," and digits or none, of the last field that there is (not "," after
+    //                hh:mm), rounded to nanoseconds
     //     zone       nothing, Z or z
     //
     // or "##INFINITE##" or "INF" in any case; the last nanosecond of the year 9999 is infinite,

@@ -5,7 +5,6 @@
 
 #include "tarvcore/abs_rel_time.h"
 #include "tarvcore/error_code_constants.h"
-#include "tarvcore/error_composer.h"
 #include "tarvcore/error_exception.h"
 #include "tarvcore/impl/digit_words.h"
 #include "tarvcore/string_util.h"
@@ -149,9 +148,10 @@ Message read_time_by_fields(const char* text, const char* end, std::uint64_t& ns
         if (has_colons && *text == ':') {
             ++text;
         } else if (has_colons || digit(*text) > 9) {
-            // A comma after hh:mm is refused, though one after any other field is not.  It has
-            // always been so, and lists of times are written with commas.
-            if (has_colons && *text == ',') return invalid_time;
+            // After hh:mm a comma and the sign of an offset are stray characters, though after any
+            // other field they are known for what they are.  It has always been so, and lists of
+            // times are written with commas.
+            if (has_colons && *text != '.') return read_end(text, end);
             return read_rest(text, end, field, ns);
         }
     }
@@ -176,11 +176,10 @@ TARVCORE_INLINE Message read_time(const char* text, const char* end, std::uint64
 
 TARVCORE_COLD ErrorInfo::Ptr invalid_string(const char* text, unsigned length, Message message,
                                             ErrorInfo::Ptr nested = {}) {
-    return ErrorComposer(message)
-        .param("utcTime", std::string(text, length))
-        .create(error::tarvcore_absoluteTime_invalidUtcString,
-                TARVCORE_LOCATION("tarvcore::AbsoluteTime::from_string_nothrow()"),
-                std::move(nested));
+    return ErrorInfo::create(error::tarvcore_absoluteTime_invalidUtcString, message,
+                             ErrorParams().add("utcTime", std::string(text, length)),
+                             TARVCORE_LOCATION("tarvcore::AbsoluteTime::from_string_nothrow()"),
+                             std::move(nested));
 }
 
 // For dates beyond the instants: one of them stands for infinite.

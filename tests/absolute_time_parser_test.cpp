@@ -121,7 +121,8 @@ private:
             ns_ += value * units[field];
             if (at_end()) return;
             if (field == 0) colons = peek() == ':';
-            if (is_next(".,") && !(colons && field == 1 && peek() == ',')) {
+            if (colons && field == 1 && !is_next(":.Zz")) throw time_fault;
+            if (is_next(".,")) {
                 ++position_;
                 return read_fraction(units[field]);
             }
@@ -225,14 +226,15 @@ TEST(AbsoluteTimeParser, AcceptsAndRejects) {
         {"2024-01-02T10:30:", time_fault, 0},
         {"2024-01-02T10:3000", time_fault, 0},  // colons everywhere or nowhere
         {"2024-01-02T1030:00", time_fault, 0},
-        {"2024-01-02T10:30,5", time_fault, 0},  // not this comma
+        {"2024-01-02T10:30,5", time_fault, 0},      // not this comma
+        {"2024-01-02T10:30+01:00", time_fault, 0},  // nor this sign
         {"2024-01-02T10:30:00.5.5", time_fault, 0},
         {"2024-01-02T10:30:00.5+01:00", time_fault, 0},  // a sign is no digit
         {"2024-01-02T10:30:00 Z", time_fault, 0},
         {"2024-01-02T10:30:00Zx", end_fault, 0},
         {"2024-01-02T10:30:00.5ZZ", end_fault, 0},
         {"2024-01-02T10:30:00+01:00", zone_fault, 0},
-        {"2024-01-02T10:30-01", zone_fault, 0},
+        {"2024-01-02T1030-01", zone_fault, 0},
         {"2024-01-02T10+0100", zone_fault, 0},
         {"2024-01-02T24:00:00.000000001", day_fault, 0},
         {"2024-01-02T24:00:01", day_fault, 0},
