@@ -24,6 +24,11 @@ done
 mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h' | sort)
 mapfile -t scripts < <(grep -lE '^#!.*bash' -r scripts .ci tarv)
 
+# The C++ of README, as a program of its own would have it.
+example_compiles() {
+    awk '/^```/ { inside = $0 == "```cpp"; next } inside' README.md |
+        i686-w64-mingw32-g++-posix -std=c++20 -Wall -Wextra -fsyntax-only -I. -x c++ -
+}
 exports_are_listed() { scripts/exports.sh | diff -u cmake/exports.txt -; }
 
 check "format" "clang-format -i the files named" clang-format --dry-run -Werror "${sources[@]}"
@@ -31,6 +36,7 @@ check "layers" "see cmake/layers.txt" python3 scripts/check_layers.py
 check "picture of the layers" "scripts/draw_layers.py" python3 scripts/draw_layers.py --check
 check "shell scripts" "shellcheck" shellcheck --external-sources --source-path=scripts "${scripts[@]}"
 check "documents' links" "mend the links named" python3 scripts/check_docs.py
+check "README's example" "mend it" example_compiles
 check "headers, and layers without those above" "see above" \
     scripts/build.sh release header_checks layer_links tarvcore
 check "exported symbols" "if the change is meant: make exports" exports_are_listed

@@ -8,10 +8,13 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/error_exception.cpp#1 $");
 namespace tarvcore {
 namespace {
 
+// The line that records show, wherever this stands.
+constexpr unsigned null_pointer_line = 43;
+
 ErrorInfo::Ptr null_pointer_record() {
-    return ErrorInfo::create(
-        error::tarvcore, "Unknown error (NULL ErrorInfo pointer)",
-        SourceLocation("tarvcore::ErrorException::ErrorException()", source_file_id, 43));
+    return ErrorInfo::create(error::tarvcore, "Unknown error (NULL ErrorInfo pointer)",
+                             SourceLocation("tarvcore::ErrorException::ErrorException()",
+                                            source_file_id, null_pointer_line));
 }
 
 }  // namespace

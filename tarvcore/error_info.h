@@ -127,7 +127,8 @@ public:
     // meant.
     bool operator==(const ErrorInfo& other) const;
 
-    // Of all parts and causes.
+    // Of all parts and causes: it goes with `compare`, not with `==`, under which records of one
+    // cause are equal.
     std::uint32_t hash() const;
 
     // The record as lines of text, each begun by a line feed and two blanks for every level; the

@@ -69,7 +69,9 @@ public:
     void clear() { pairs_.clear(); }
     TransferSource<ErrorParams> transfer() { return TransferSource<ErrorParams>(*this); }
 
-    // Set a value, replacing the one that the name has already.  The first form copies the name.
+    // Set a value, replacing the one that the name has already.  The first form copies the name; a
+    // literal is referenced, and must outlive every record that has it: it does but where its
+    // module is unloaded before.
     ErrorParams& add(const char* name, unsigned name_length, const char* value,
                      unsigned value_length) &;
     ErrorParams& add(LiteralName name, const char* value) &;

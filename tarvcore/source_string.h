@@ -62,7 +62,7 @@ public:
         }
     }
     // A dynamic copy of the text of `source`, which keeps `source` alive and answers it to
-    // `query_trace_data`.
+    // `query_trace_data`.  An empty text is a reference, as everywhere, and forgets its source.
     explicit SourceString(InterfacePtr<const StringTraceData> source);
 
     static constexpr SourceString create_reference(const char* text) { return {text, true}; }

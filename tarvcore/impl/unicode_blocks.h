@@ -17,7 +17,7 @@ struct BlockProgress {
     unsigned written;
 };
 
-// Units in a block; a source with less is not worth a call.
+// Units in a block; a source with less is not worth a first call.
 constexpr unsigned utf8_block_length = 16;
 constexpr unsigned utf16_block_length = 8;
 

@@ -260,8 +260,8 @@ Utf8Fault utf8_fault(const char* text, unsigned length) {
     if (units < 2) return Utf8Fault::first_byte;
     if (units > length) return Utf8Fault::partial;
 
-    // A form that is too long shows in the first two bytes, except with three bytes.  It is named
-    // before a bad byte in the sequence, except with three bytes again: meant, and users see it.
+    // A form that is too long shows in the first two bytes.  It is named before a bad byte in the
+    // sequence, except with three bytes: meant, and users see it.
     if (byte(0) == 0xC0 || byte(0) == 0xC1) return Utf8Fault::overlong;
     const unsigned least_second = 0x100u >> units | 0x80;
     if (units > 3 && byte(0) == (0xFF00u >> units & 0xFF) && byte(1) < least_second) {

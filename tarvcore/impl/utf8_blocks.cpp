@@ -229,7 +229,7 @@ struct ToUcs4 {
     static constexpr unsigned written_of_unfinished = 0;
 };
 
-// A null destination: counts only.
+// With `counting`, nothing is written.
 template <class Destination, bool counting>
 TARVCORE_SSSE3_INLINE BlockProgress convert_blocks(const char* source, unsigned length,
                                                    typename Destination::Unit* destination,

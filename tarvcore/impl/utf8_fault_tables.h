@@ -10,8 +10,8 @@
 
 namespace tarvcore::impl::utf8_faults {
 
-// A bit for every fault of two neighbours.  Code points above U+10FFFF count as faults here: they
-// are left to others.
+// A bit for every fault of two neighbours; the last two of four bytes share one, since no two bytes
+// can have both.  Code points above U+10FFFF count as faults here: they are left to others.
 constexpr std::uint8_t too_short = 1 << 0;      // a lead, then no continuation
 constexpr std::uint8_t too_long = 1 << 1;       // ASCII, then a continuation
 constexpr std::uint8_t overlong_3 = 1 << 2;     // E0 80...9F
