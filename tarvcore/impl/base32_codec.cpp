@@ -1,6 +1,5 @@
 #include "tarvcore/impl/base32_codec.h"
 
-#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -16,30 +15,14 @@ namespace {
 
 // ---- Without vectors: a group is two halves of 20 bits, four characters.
 
-constexpr auto character_pairs = [] {
-    std::array<std::array<char, 2>, 1 << 10> pairs{};
-    for (unsigned i = 0; i < pairs.size(); ++i)
-        pairs[i] = {base32_alphabet[i >> 5], base32_alphabet[i & 31]};
-    return pairs;
-}();
+constexpr auto char_pairs = character_pairs<5>(base32_alphabet);
 
-// By a character's place in its half and its code: its bits in the half.
-constexpr std::uint32_t no_value = 0x80000000;
-constexpr auto bits_by_place = [] {
-    std::array<std::array<std::uint32_t, 256>, 4> tables{};
-    for (unsigned place = 0; place < 4; ++place) {
-        tables[place].fill(no_value);
-        for (unsigned code = 0; code < base32_values.size(); ++code) {
-            if (base32_values[code] < padding_mark)
-                tables[place][code] = std::uint32_t{base32_values[code]} << (15 - 5 * place);
-        }
-    }
-    return tables;
-}();
+constexpr auto bits_in_half = bits_by_place(
+    base32_values, [](unsigned place, std::uint32_t value) { return value << (15 - 5 * place); });
 
 void encode_half(unsigned half, char* text) {
-    std::memcpy(text, &character_pairs[half >> 10], 2);
-    std::memcpy(text + 2, &character_pairs[half & 1023], 2);
+    std::memcpy(text, &char_pairs[half >> 10], 2);
+    std::memcpy(text + 2, &char_pairs[half & 1023], 2);
 }
 
 // Encodes whole groups.
@@ -56,7 +39,7 @@ char* encode_groups_by_pairs(const unsigned char* bytes, unsigned size, char* te
 
 inline std::uint32_t decode_half(const char* text) {
     const auto bits = [text](unsigned place) {
-        return bits_by_place[place][static_cast<unsigned char>(text[place])];
+        return bits_in_half[place][static_cast<unsigned char>(text[place])];
     };
     return bits(0) | bits(1) | bits(2) | bits(3);
 }

@@ -1,6 +1,5 @@
 #include "tarvcore/impl/base64_codec.h"
 
-#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -18,33 +17,18 @@ namespace {
 
 // ---- Without vectors.
 
-// The two characters of each 12 bits.
-constexpr auto character_pairs = [] {
-    std::array<std::array<char, 2>, 1 << 12> pairs{};
-    for (unsigned i = 0; i < pairs.size(); ++i)
-        pairs[i] = {base64_alphabet[i >> 6], base64_alphabet[i & 63]};
-    return pairs;
-}();
+constexpr auto char_pairs = character_pairs<6>(base64_alphabet);
 
-// Decodes with one look-up a character: by its place in the group and its code, its bits in a word
-// whose bytes are b0 b1 b2.
-constexpr std::uint32_t no_value = 0x80000000;
-constexpr auto bits_by_place = [] {
-    std::array<std::array<std::uint32_t, 256>, 4> tables{};
-    for (unsigned place = 0; place < 4; ++place) {
-        tables[place].fill(no_value);
-        for (unsigned code = 0; code < base64_values.size(); ++code) {
-            if (base64_values[code] >= padding_mark) continue;
-            const std::uint32_t group = std::uint32_t{base64_values[code]} << (18 - 6 * place);
-            tables[place][code] = group >> 16 | (group & 0xFF00) | (group & 0xFF) << 16;
-        }
-    }
-    return tables;
-}();
+// In a word whose bytes are b0 b1 b2.
+constexpr auto bits_in_group =
+    bits_by_place(base64_values, [](unsigned place, std::uint32_t value) {
+        const std::uint32_t group = value << (18 - 6 * place);
+        return group >> 16 | (group & 0xFF00) | (group & 0xFF) << 16;
+    });
 
 char* encode_group(unsigned group, char* text) {
-    std::memcpy(text, &character_pairs[group >> 12], 2);
-    std::memcpy(text + 2, &character_pairs[group & 0xFFF], 2);
+    std::memcpy(text, &char_pairs[group >> 12], 2);
+    std::memcpy(text + 2, &char_pairs[group & 0xFFF], 2);
     return text + 4;
 }
 
@@ -64,7 +48,7 @@ char* encode_groups_by_pairs(const unsigned char* bytes, unsigned size, char* te
 char* encode_rest(const unsigned char* bytes, unsigned size, char* text, bool pad) {
     if (size == 0) return text;
     const unsigned group = bytes[0] << 16 | (size == 2 ? bytes[1] << 8 : 0);
-    std::memcpy(text, &character_pairs[group >> 12], 2);
+    std::memcpy(text, &char_pairs[group >> 12], 2);
     text += 2;
     if (size == 2) *text++ = base64_alphabet[group >> 6 & 63];
     for (; pad && size < 3; ++size)
@@ -73,7 +57,7 @@ char* encode_rest(const unsigned char* bytes, unsigned size, char* text, bool pa
 }
 
 inline std::uint32_t bits_of(const char* text, unsigned place) {
-    return bits_by_place[place][static_cast<unsigned char>(text[place])];
+    return bits_in_group[place][static_cast<unsigned char>(text[place])];
 }
 
 inline std::uint32_t decode_group(const char* text) {

@@ -14,12 +14,7 @@ namespace {
 
 // ---- Without vectors.
 
-constexpr auto character_pairs = [] {
-    std::array<std::array<char, 2>, 256> pairs{};
-    for (unsigned byte = 0; byte < pairs.size(); ++byte)
-        pairs[byte] = {hex_alphabet[byte >> 4], hex_alphabet[byte & 15]};
-    return pairs;
-}();
+constexpr auto char_pairs = character_pairs<4>(hex_alphabet);
 
 constexpr auto value_by_code = [] {
     std::array<unsigned char, 256> values{};
@@ -31,7 +26,7 @@ constexpr auto value_by_code = [] {
 
 char* encode_by_pairs(const unsigned char* bytes, unsigned size, char* text) {
     for (; size != 0; --size, ++bytes, text += 2)
-        std::memcpy(text, &character_pairs[*bytes], 2);
+        std::memcpy(text, &char_pairs[*bytes], 2);
     return text;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string_view>
 
 #include "tarvcore/config.h"
@@ -50,5 +51,29 @@ inline constexpr ValueTable hex_values = [] {
             table[static_cast<unsigned char>(lower)];
     return table;
 }();
+
+// For encoding by pairs: the two characters of each number of twice `bits` bits.
+template <unsigned bits>
+constexpr auto character_pairs(std::string_view alphabet) {
+    std::array<std::array<char, 2>, 1 << (2 * bits)> pairs{};
+    for (unsigned i = 0; i < pairs.size(); ++i)
+        pairs[i] = {alphabet[i >> bits], alphabet[i % (1 << bits)]};
+    return pairs;
+}
+
+// For decoding by fours: by a character's place and code its bits in a word, which `bits_at` makes
+// of its place and value.
+inline constexpr std::uint32_t no_value = 0x80000000;
+template <class BitsAt>
+constexpr auto bits_by_place(const ValueTable& values, BitsAt bits_at) {
+    std::array<std::array<std::uint32_t, 256>, 4> tables{};
+    for (unsigned place = 0; place < 4; ++place) {
+        tables[place].fill(no_value);
+        for (unsigned code = 0; code < values.size(); ++code) {
+            if (values[code] < padding_mark) tables[place][code] = bits_at(place, values[code]);
+        }
+    }
+    return tables;
+}
 
 }  // namespace tarvcore::impl
