@@ -17,6 +17,7 @@
 #include "tarvcore/ref_count.h"
 #include "tarvcore/ref_count_ptr.h"
 #include "tarvcore/safe_cast.h"
+#include "tarvcore/simple_date_time.h"
 #include "tarvcore/source_location.h"
 #include "tarvcore/source_string.h"
 #include "tarvcore/streamers.h"
