@@ -8,7 +8,7 @@ void ErrorCode::append_segment(const char* segment, unsigned length) {
     if (segment == nullptr) return;
     std::string text;
     if (!empty()) text.append(text_.as_string_view()).push_back('.');
-    text.append(segment, length == 0xFFFFFFFF ? std::strlen(segment) : length);
+    text.append(segment, impl::measured_length(segment, length));
     assign(text.data(), text.size());
 }
 

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "tarvcore/config.h"
+#include "tarvcore/impl/measured_length.h"
 #include "tarvcore/source_string.h"
 #include "tarvcore/transfer.h"
 
@@ -111,7 +112,7 @@ static_assert(sizeof(ErrorCode) == 8);
 
 inline bool ErrorCode::matches(const char* pattern, unsigned length) const {
     if (pattern == nullptr) return true;
-    if (length == 0xFFFFFFFF) length = std::strlen(pattern);
+    length = impl::measured_length(pattern, length);
     // The length is tested before all else: "." does not match the empty code.
     if (length > size()) return false;
     if (length == 0 || (length == 1 && pattern[0] == '.')) return true;

@@ -1,9 +1,7 @@
 // Composing an error: message and parameters first, code and place at the end.
 #pragma once
 
-#include <concepts>
 #include <exception>
-#include <string>
 #include <utility>
 
 #include "tarvcore/config.h"

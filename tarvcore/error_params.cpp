@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tarvcore/impl/measured_length.h"
 #include "tarvcore/impl/string_hash.h"
 #include "tarvcore/impl/unicode_codec.h"
 #include "tarvcore/streamers.h"
@@ -19,7 +20,6 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/error_params.cpp#1 $");
 namespace tarvcore {
 namespace {
 
-constexpr unsigned measure = 0xFFFFFFFF;
 constexpr unsigned no_limit = 0xFFFFFFFF;
 
 constexpr unsigned trace_name_limit = 128;
@@ -188,7 +188,7 @@ void ErrorParams::write_trace(std::ostream& os, const char* separator) const {
 SourceString ErrorParams::expanded_message_with_limit(const char* text, unsigned length,
                                                       unsigned limit) const {
     if (text == nullptr) return SourceString();
-    if (length == measure) length = std::strlen(text);
+    length = impl::measured_length(text, length);
 
     const char* const end = text + length;
     const char* copied = text;  // up to here, placeholders included

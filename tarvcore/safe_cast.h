@@ -6,7 +6,6 @@
 #include <memory>
 #include <type_traits>
 #include <typeinfo>
-#include <utility>
 
 #include "tarvcore/config.h"
 #include "tarvcore/ref_count_ptr.h"

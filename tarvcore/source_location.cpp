@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "tarvcore/impl/measured_length.h"
+
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/source_location.cpp#1 $");
 
 namespace tarvcore {
@@ -9,7 +11,7 @@ namespace {
 
 std::string_view file_id_view(const char* id, unsigned length) {
     if (id == nullptr) return {};
-    return length == 0xFFFFFFFF ? std::string_view(id) : std::string_view(id, length);
+    return {id, impl::measured_length(id, length)};
 }
 
 // From the first "/" (the beginning where there is none) to `end`.

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <compare>
-#include <cstring>
 #include <cwchar>
 #include <iterator>
 #include <ostream>

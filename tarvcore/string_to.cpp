@@ -5,12 +5,12 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <cwchar>
 #include <string>
 #include <system_error>
 
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_composer.h"
+#include "tarvcore/impl/measured_length.h"
 #include "tarvcore/impl/type_name.h"
 #include "tarvcore/string_util.h"
 #include "tarvcore/to_string.h"
@@ -21,15 +21,7 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/string_to.cpp#1 $");
 namespace tarvcore::impl {
 namespace {
 
-constexpr unsigned up_to_terminator = 0xFFFFFFFF;
 constexpr unsigned longest_shown = 128;
-
-unsigned measured(const char* text, unsigned length) {
-    return length == up_to_terminator ? std::strlen(text) : length;
-}
-unsigned measured(const wchar_t* text, unsigned length) {
-    return length == up_to_terminator ? std::wcslen(text) : length;
-}
 
 // A copy of a text as narrow characters, with a terminator behind it.
 template <class Char>
@@ -75,7 +67,7 @@ bool is_any_of(const char* text, unsigned length, const char* first, const char*
 
 template <class Char>
 bool parse_bool(const Char* text, unsigned length, ErrorInfo::Ptr* error) {
-    length = measured(text, length);
+    length = measured_length(text, length);
     const AsciiText<Char> ascii(text, length);
     if (ascii.is_ascii()) {
         if (is_any_of(ascii.begin(), length, "1", "true", "yes", "y")) return true;
@@ -104,7 +96,7 @@ bool parse_double(const Char* text, unsigned length, double* value) {
 
 template <class Char>
 double to_double(const Char* text, unsigned length, ErrorInfo::Ptr* error) {
-    length = measured(text, length);
+    length = measured_length(text, length);
     double value = 0;
     if (parse_double(text, length, &value)) return value;
     string_to_failure(text, length, typeid(double), error);
@@ -113,7 +105,7 @@ double to_double(const Char* text, unsigned length, ErrorInfo::Ptr* error) {
 
 template <class Char>
 float to_float(const Char* text, unsigned length, ErrorInfo::Ptr* error) {
-    length = measured(text, length);
+    length = measured_length(text, length);
     double value = 0;
     // A NaN is not within.
     if (parse_double(text, length, &value) && value >= -double{FLT_MAX} && value <= FLT_MAX) {
@@ -126,7 +118,7 @@ float to_float(const Char* text, unsigned length, ErrorInfo::Ptr* error) {
 template <class Integer, class Char>
 Integer to_integer(const Char* text, unsigned length, Integer smallest, Integer largest,
                    const std::type_info& target, ErrorInfo::Ptr* error) {
-    length = measured(text, length);
+    length = measured_length(text, length);
     const AsciiText<Char> ascii(text, length);
     if (ascii.is_ascii()) {
         Integer value = 0;
@@ -188,7 +180,7 @@ unsigned long long string_to_unsigned(const wchar_t* text, unsigned length,
 
 void string_to_failure(const char* text, unsigned length, const std::type_info& target,
                        ErrorInfo::Ptr* error) {
-    length = measured(text, length);
+    length = measured_length(text, length);
     const unsigned shown = utf8_limit_length(text, length, longest_shown);
     std::string shown_text(text, shown);
     if (shown < length) shown_text += "...";

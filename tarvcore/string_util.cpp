@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <cstring>
 
+#include "tarvcore/impl/measured_length.h"
+
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/string_util.cpp#1 $");
 
 namespace tarvcore {
 namespace {
 
-constexpr unsigned up_to_terminator = 0xFFFFFFFF;
 constexpr int case_distance = 'a' - 'A';
 
 // As signed char: that is how the bytes enter differences and hashes.
@@ -20,13 +21,9 @@ constexpr int upper(char c) {
     return c >= 'a' && c <= 'z' ? c - case_distance : c;
 }
 
-unsigned measured(const char* text, unsigned length) {
-    return length == up_to_terminator ? std::strlen(text) : length;
-}
-
 template <int (&fold)(char)>
 unsigned folded_hash(const char* text, unsigned length) {
-    length = measured(text, length);
+    length = impl::measured_length(text, length);
     unsigned hash = 0;
     for (unsigned i = 0; i < length; ++i)
         hash = hash * 5 + static_cast<unsigned>(fold(text[i]));
@@ -49,8 +46,8 @@ std::string folded_copy(std::string_view text) {
 }  // namespace
 
 int compare_nocase_ascii(const char* a, unsigned a_length, const char* b, unsigned b_length) {
-    a_length = measured(a, a_length);
-    b_length = measured(b, b_length);
+    a_length = impl::measured_length(a, a_length);
+    b_length = impl::measured_length(b, b_length);
     const unsigned common = std::min(a_length, b_length);
     for (unsigned i = 0; i < common; ++i) {
         const int difference = lower(a[i]) - lower(b[i]);
@@ -60,8 +57,8 @@ int compare_nocase_ascii(const char* a, unsigned a_length, const char* b, unsign
 }
 
 bool string_equal_nocase_ascii(const char* a, unsigned a_length, const char* b, unsigned b_length) {
-    a_length = measured(a, a_length);
-    b_length = measured(b, b_length);
+    a_length = impl::measured_length(a, a_length);
+    b_length = impl::measured_length(b, b_length);
     return a_length == b_length && compare_nocase_ascii(a, a_length, b, b_length) == 0;
 }
 
@@ -90,11 +87,11 @@ std::string to_upper_ascii(std::string_view text) {
 }
 
 std::string to_lower_ascii(const char* text, unsigned length) {
-    return to_lower_ascii(std::string_view(text, measured(text, length)));
+    return to_lower_ascii(std::string_view(text, impl::measured_length(text, length)));
 }
 
 std::string to_upper_ascii(const char* text, unsigned length) {
-    return to_upper_ascii(std::string_view(text, measured(text, length)));
+    return to_upper_ascii(std::string_view(text, impl::measured_length(text, length)));
 }
 
 }  // namespace tarvcore

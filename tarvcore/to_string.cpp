@@ -1,10 +1,10 @@
 #include "tarvcore/to_string.h"
 
 #include <charconv>
-#include <cstring>
 #include <cwchar>
 #include <type_traits>
 
+#include "tarvcore/impl/measured_length.h"
 #include "tarvcore/ucsutil.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/to_string.cpp#1 $");
@@ -12,23 +12,14 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/to_string.cpp#1 $");
 namespace tarvcore {
 namespace {
 
-constexpr unsigned up_to_terminator = 0xFFFFFFFF;
-
 // Shorter texts are converted in one pass on the stack, longer ones counted first.
 constexpr unsigned short_text_units = 1000;
-
-unsigned measured(const char* text, unsigned length) {
-    return length == up_to_terminator ? std::strlen(text) : length;
-}
-unsigned measured(const wchar_t* text, unsigned length) {
-    return length == up_to_terminator ? std::wcslen(text) : length;
-}
 
 // `most_per_unit`: the most units of the result for one of the text.
 template <unsigned most_per_unit, class Unit, class SourceUnit, class Convert>
 std::basic_string<Unit> converted(Convert convert, const SourceUnit* text, unsigned length,
                                   Unit replacement, int* error_position) {
-    length = measured(text, length);
+    length = impl::measured_length(text, length);
     if (length < short_text_units) {
         constexpr unsigned capacity = short_text_units * most_per_unit;
         Unit buffer[capacity];
@@ -71,7 +62,7 @@ std::string to_string(const wchar_t* text, unsigned length) {
 }
 
 std::string to_string(const wchar_t* text) {
-    return to_string(text, up_to_terminator, 0, nullptr);
+    return to_string(text, impl::up_to_terminator, 0, nullptr);
 }
 
 std::string to_string(const std::wstring& text) {
@@ -92,7 +83,7 @@ std::wstring to_wstring(const char* text, unsigned length) {
 }
 
 std::wstring to_wstring(const char* text) {
-    return to_wstring(text, up_to_terminator, 0, nullptr);
+    return to_wstring(text, impl::up_to_terminator, 0, nullptr);
 }
 
 std::wstring to_wstring(const std::string& text) {
@@ -100,7 +91,7 @@ std::wstring to_wstring(const std::string& text) {
 }
 
 std::string to_string(const char* text, unsigned length) {
-    return {text, measured(text, length)};
+    return {text, impl::measured_length(text, length)};
 }
 
 std::string to_string(const char* text) {
@@ -112,7 +103,7 @@ std::string to_string(const std::string& text) {
 }
 
 std::wstring to_wstring(const wchar_t* text, unsigned length) {
-    return {text, measured(text, length)};
+    return {text, impl::measured_length(text, length)};
 }
 
 std::wstring to_wstring(const wchar_t* text) {

@@ -3,10 +3,10 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
-#include <cwchar>
 
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_exception.h"
+#include "tarvcore/impl/measured_length.h"
 #include "tarvcore/impl/unicode_codec.h"
 #include "tarvcore/impl/unicode_kernels.h"
 
@@ -17,9 +17,8 @@ namespace {
 
 using impl::ConversionStatus;
 using impl::Progress;
+using impl::up_to_terminator;
 using impl::Utf16Unit;
-
-constexpr unsigned up_to_terminator = 0xFFFFFFFF;
 
 template <class Unit>
 unsigned length_with_terminator(const Unit* text) {
