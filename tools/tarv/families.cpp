@@ -10,6 +10,8 @@ std::span<const Family> families() {
     static constexpr Family table[] = {
         {"tour", "The library at work, told step by step", tour_verbs},
         {"time", "Points in time: text, nanoseconds since 1970, calendar", time_verbs},
+        {"duration", "Durations: text, nanoseconds", duration_verbs},
+        {"datetime", "Points in time with a zone offset", datetime_verbs},
         {"encode", "Bytes as text: Base64, Base32, hexadecimal digits", encode_verbs},
         {"decode", "Bytes from text: Base64, Base32, hexadecimal digits", decode_verbs},
         {"error", "Error codes and messages, and those of the operating system", error_verbs},

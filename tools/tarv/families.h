@@ -19,6 +19,8 @@ std::span<const Family> families();
 // One for each family; those of a file NAME_verbs.cpp belong together.
 Verbs tour_verbs();
 Verbs time_verbs();
+Verbs duration_verbs();
+Verbs datetime_verbs();
 Verbs encode_verbs();
 Verbs decode_verbs();
 Verbs error_verbs();

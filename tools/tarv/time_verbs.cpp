@@ -8,6 +8,7 @@
 #include "tarvcore/config.h"
 #include "tarvcore/error_info.h"
 #include "tarvcore/safe_cast.h"
+#include "tools/tarv/count.h"
 #include "tools/tarv/families.h"
 #include "tools/tarv/number.h"
 
@@ -19,27 +20,6 @@ namespace {
 using tarvcore::AbsoluteTime;
 using tarvcore::ErrorInfo;
 using tarvcore::safe_cast;
-
-constexpr std::string_view infinite = "infinite";
-
-void add_count(Result& result, const AbsoluteTime& time) {
-    if (time.is_infinite()) {
-        result.text("nanoseconds", infinite);
-    } else {
-        result.number("nanoseconds", time.as_nsec());
-    }
-}
-
-ErrorInfo::Ptr parse_count(std::string_view text, AbsoluteTime* time) {
-    long long count = 0;
-    if (text == infinite) {
-        *time = AbsoluteTime::infinite;
-        return {};
-    }
-    auto error = parse_number(text, &count);
-    if (!error) *time = AbsoluteTime::from_nsec(count);
-    return error;
-}
 
 class ParseVerb : public LineVerb {
 public:
