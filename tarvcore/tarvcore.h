@@ -25,6 +25,8 @@
 #include "tarvcore/string_to.h"
 #include "tarvcore/string_trace_data.h"
 #include "tarvcore/string_util.h"
+#include "tarvcore/thread_condition.h"
+#include "tarvcore/thread_mutex.h"
 #include "tarvcore/to_string.h"
 #include "tarvcore/transfer.h"
 #include "tarvcore/transforms.h"
