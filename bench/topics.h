@@ -15,5 +15,6 @@ void add_abs_rel_time_rows();
 void add_calendar_rows();
 void add_absolute_time_text_rows();
 void add_relative_time_text_rows();
+void add_simple_date_time_rows();
 
 }  // namespace tarv_bench

@@ -38,6 +38,7 @@ void add_rows() {
     add_calendar_rows();
     add_absolute_time_text_rows();
     add_relative_time_text_rows();
+    add_simple_date_time_rows();
 }
 
 }  // namespace
