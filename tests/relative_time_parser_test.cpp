@@ -114,7 +114,7 @@ private:
 
     Unit read_unit() {
         constexpr std::string_view behind_minutes = "0123456789 ";
-        const bool is_last = rest_.size() == 1;
+        const bool is_last = rest_.size() <= 1;
         const bool is_minute = is_last || behind_minutes.find(rest_[1]) != behind_minutes.npos;
         for (const Unit& unit : units) {
             if (!rest_.starts_with(unit.name) || (unit.ns == 60 * s && !is_minute)) continue;
