@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "tarvcore/abs_rel_time.h"
+#include "tarvcore/ucsutil.h"
 #include "tests/support/child_process.h"
 
 namespace {
@@ -172,6 +173,10 @@ TEST(Tarv, DoesWhatItsManualShows) {
     run_cases(TEST_DATA_FOLDER "/../../docs/tool.md", 10);
 }
 
+std::string bytes_of(const std::wstring& text) {
+    return std::string(reinterpret_cast<const char*>(text.data()), 2 * text.size());
+}
+
 TEST(Tarv, PassesEveryByteThroughLineMode) {
     // Templates without places and values come back as they are.  The lengths lead over the borders
     // of blocks at every phase, and some lines are longer than any block.
@@ -203,6 +208,62 @@ TEST(Tarv, PassesEveryByteThroughEncodings) {
             const Outcome back = tarv({L"decode", encoding, L"--file", L"-"}, text.output);
             ASSERT_EQ(back.status, 0u);
             ASSERT_TRUE(back.output == bytes) << size;
+        }
+    }
+}
+
+// Characters and faults of every length, and runs of what belongs together that are longer than a
+// piece: the tool must come to what the library makes of the whole.
+TEST(Tarv, ConvertsAFileAsAWhole) {
+    std::mt19937 random(20140716);
+    std::string utf8;
+    std::wstring utf16;
+    for (int i = 0; i < 60'000; ++i) {
+        const std::string parts[] = {"aaa", "\xC3\xA9", "\xF0\x90", "\xFD\xBF\xBF\xBF\xBF\xBF",
+                                     "\xFF"};
+        const wchar_t units[] = {L'a', 0xD801, 0xDC00, 0xFEFF};
+        const unsigned run = i == 30'000 ? 300'001 : random() % 3;
+        utf8 += parts[random() % 5] + std::string(run, '\x80');
+        utf16 += units[random() % 4] + std::wstring(run, 0xD800);
+    }
+    std::wstring wide(utf8.size(), L'\0');
+    wide.resize(
+        tarvcore::utf8_to_wstr(utf8.data(), utf8.size(), wide.data(), wide.size(), L'?', nullptr));
+    std::string narrow(3 * utf16.size(), '\0');
+    narrow.resize(tarvcore::wstr_to_utf8(utf16.data(), utf16.size(), narrow.data(), narrow.size(),
+                                         '?', nullptr));
+
+    const auto converted = [](const wchar_t* from, const wchar_t* to, const std::string& bytes) {
+        return tarv({L"text", L"convert", L"--from", from, L"--to", to, L"--replace", L"?",
+                     L"--file", L"-"},
+                    bytes)
+            .output;
+    };
+    EXPECT_TRUE(converted(L"utf8", L"utf16le", utf8) == bytes_of(wide));
+    EXPECT_TRUE(converted(L"utf16le", L"utf8", bytes_of(utf16)) == narrow);
+
+    // A run that ends almost where the piece does.
+    const std::string run =
+        "\xFD\xBF\xBF\xBF\xBF\xBF" + std::string(65'536 - 6 - 3, '\x80') + "abc";
+    EXPECT_EQ(converted(L"utf8", L"utf32le", run),
+              std::string("\xFF\xFF\xFF\x7F?\0\0\0a\0\0\0b\0\0\0c\0\0\0", 20));
+}
+
+// Wherever the border of two pieces is in a bad sequence, and at the end of the text.
+TEST(Tarv, FindsTheSameFaultAtTheBorderOfPieces) {
+    const struct {
+        const char *end, *message;
+    } rows[] = {
+        {"\xFDxxxxxxxxxxx", "Invalid subsequent byte in UTF-8 character sequence"},
+        {"\xFD\x84\x80", "String ends in a partial UTF-8 sequence"},
+    };
+    for (const auto& row : rows) {
+        for (unsigned before = 65'536 - 9; before <= 65'536; ++before) {
+            const Outcome outcome =
+                tarv({L"text", L"check", L"--file", L"-"}, std::string(before, 'a') + row.end);
+            EXPECT_NE(outcome.errors.find(row.message), std::string::npos)
+                << before << outcome.errors;
+            EXPECT_EQ(outcome.status, 1u);
         }
     }
 }

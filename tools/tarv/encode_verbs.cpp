@@ -3,14 +3,14 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tarvcore/config.h"
-#include "tarvcore/error_exception.h"
 #include "tarvcore/error_info.h"
 #include "tarvcore/transforms.h"
-#include "tools/tarv/byte_source.h"
 #include "tools/tarv/families.h"
+#include "tools/tarv/file_verb.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tools/tarv/encode_verbs.cpp#1 $");
 
@@ -20,70 +20,40 @@ namespace {
 using tarvcore::ErrorInfo;
 using tarvcore::HexTransform;
 
-constexpr unsigned piece_size = 1 << 16;
-
-// A verb that takes a file, or standard input, in place of arguments and lines.
-class FileVerb : public LineVerb {
+// A verb with and without padding.
+class TransformVerb : public FileVerb {
 public:
-    using LineVerb::LineVerb;
+    using FileVerb::FileVerb;
 
     void add_options(CLI::App& app) override {
-        app.add_option("--file", file_, "Take this file's bytes (- for standard input), raw");
-        app.add_flag("--hex", hex_, "Bytes of arguments and lines are hexadecimal digits");
+        FileVerb::add_options(app);
         app.add_flag("--no-pad", no_pad_, "Without padding");
     }
 
-    bool run(const Request& request, Output& output, Output& errors) override {
-        if (file_.empty()) return LineVerb::run(request, output, errors);
-        if (!request.inputs.empty()) throw UsageError("--file is the input: give no other");
-        if (hex_ || request.json || request.crlf) {
-            throw UsageError("--file is raw: it goes without --hex, --json and --crlf");
-        }
-        ByteSource source(file_);
-        try {
-            convert_file(source, output);
-            return true;
-        } catch (const tarvcore::ErrorException& e) {
-            if (!e.matches("error.tarvcore.transforms")) throw;
-            // In order, where both streams lead to one place.
-            output.flush();
-            errors.write(trace_text(*e.error()));
-            return false;
-        }
-    }
-
 protected:
-    virtual void convert_file(ByteSource& source, Output& output) = 0;
-
-    bool hex() const { return hex_; }
     bool pad() const { return !no_pad_; }
 
 private:
-    std::string file_;
-    bool hex_ = false;
     bool no_pad_ = false;
 };
 
 template <class Transform>
-class EncodeVerb : public FileVerb {
+class EncodeVerb : public TransformVerb {
 public:
     explicit EncodeVerb(const char* name, const char* summary)
-        : FileVerb({name, "BYTES...", summary,
-                    "BYTES are those of the argument or line, or with --hex its digits' values.\n"
-                    "The text of a file has no line ends, not even at its end.\n"
-                    "\n"
-                    "  tarv encode base64 foobar\n"
-                    "  tarv encode base64 --hex 00ff\n"
-                    "  tarv encode base64 --file picture.png"}) {}
+        : TransformVerb(
+              {name, "BYTES...", summary,
+               "BYTES are those of the argument or line, or with --hex its digits' values.\n"
+               "The text of a file has no line ends, not even at its end.\n"
+               "\n"
+               "  tarv encode base64 foobar\n"
+               "  tarv encode base64 --hex 00ff\n"
+               "  tarv encode base64 --file picture.png"}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
-        std::string decoded;
-        std::string_view bytes = fields[0];
-        if (hex()) {
-            if (auto error = HexTransform::decode_nothrow(bytes, &decoded)) return error;
-            bytes = decoded;
-        }
+        std::string bytes;
+        if (auto error = read_bytes(fields[0], &bytes)) return error;
         result.text("text", Transform::encode(bytes, pad()));
         return {};
     }
@@ -102,10 +72,10 @@ protected:
 };
 
 template <class Transform>
-class DecodeVerb : public FileVerb {
+class DecodeVerb : public TransformVerb {
 public:
     explicit DecodeVerb(const char* name, const char* summary)
-        : FileVerb(
+        : TransformVerb(
               {name, "TEXT...", summary,
                "Nothing in TEXT is passed over, white space and line ends neither. Padding is\n"
                "complete or, with --no-pad, may be missing. Answers the bytes as they are, or\n"
@@ -119,7 +89,7 @@ protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
         std::string bytes;
         if (auto error = Transform::decode_nothrow(fields[0], &bytes, pad())) return error;
-        result.text("bytes", hex() ? HexTransform::encode(bytes) : bytes);
+        result.text("bytes", shown(std::move(bytes)));
         return {};
     }
 

@@ -14,6 +14,7 @@ std::span<const Family> families() {
         {"datetime", "Points in time with a zone offset", datetime_verbs},
         {"encode", "Bytes as text: Base64, Base32, hexadecimal digits", encode_verbs},
         {"decode", "Bytes from text: Base64, Base32, hexadecimal digits", decode_verbs},
+        {"text", "Text in UTF-8, UTF-16 and UTF-32", text_verbs},
         {"error", "Error codes and messages, and those of the operating system", error_verbs},
     };
     return table;

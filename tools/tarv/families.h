@@ -23,6 +23,7 @@ Verbs duration_verbs();
 Verbs datetime_verbs();
 Verbs encode_verbs();
 Verbs decode_verbs();
+Verbs text_verbs();
 Verbs error_verbs();
 
 }  // namespace tarv
