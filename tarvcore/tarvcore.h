@@ -20,6 +20,7 @@
 #include "tarvcore/simple_date_time.h"
 #include "tarvcore/source_location.h"
 #include "tarvcore/source_string.h"
+#include "tarvcore/static_instance.h"
 #include "tarvcore/streamers.h"
 #include "tarvcore/string_range.h"
 #include "tarvcore/string_to.h"

@@ -1,0 +1,74 @@
+// Process-wide objects that are made when they are first asked for.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "tarvcore/config.h"
+#include "tarvcore/impl/static_instance_cleanup.h"
+
+namespace tarvcore {
+
+// Holds one T of the whole process: made by the first call of `get`, destroyed when ACE's object
+// manager shuts down, after everything that was made later.  Unlike a static object of C++ it lives
+// on while other modules' static objects are destroyed, and to use it after its end is an error
+// instead of a crash.  Where nobody stops ACE (see managed_fini), it is never destroyed.
+//
+// A holder is a global or static object; it is constant-initialised and has no destructor.  Several
+// threads may call `get` at once, also the first time: one makes the object, the others wait.  T's
+// constructor must not ask for the same holder's object.
+//
+//     static StaticInstance<KeyCache> cache;
+//     cache.get().intern(text);
+template <class T>
+class StaticInstance : private impl::StaticInstanceBase {
+public:
+    constexpr StaticInstance() = default;
+    StaticInstance(const StaticInstance&) = delete;
+    StaticInstance& operator=(const StaticInstance&) = delete;
+
+    // Raises "error.tarvcore.objectManager.closed" once the object has been destroyed, and when the
+    // object manager is gone before it could be made.  What T's constructor throws passes; the next
+    // call tries again.
+    T& get() {
+        const std::uintptr_t state = state_.load(std::memory_order_acquire);
+        return state > destroyed ? *reinterpret_cast<T*>(state) : make();
+    }
+    T* operator->() { return &get(); }
+
+private:
+    TARVCORE_COLD T& make() {
+        for (std::uintptr_t state = none; !state_.compare_exchange_strong(state, making);) {
+            if (state == destroyed) throw_destroyed_error();
+            if (state != making) return *reinterpret_cast<T*>(state);
+            wait_while_making(state_);
+            state = none;
+        }
+        try {
+            auto object = std::make_unique<T>();
+            register_cleanup_aux(destroy, this);
+            state_ = reinterpret_cast<std::uintptr_t>(object.get());
+            return *object.release();
+        } catch (...) {
+            state_ = none;
+            throw;
+        }
+    }
+
+    static void destroy(void* holder) {
+        auto& state = static_cast<StaticInstance*>(holder)->state_;
+        delete reinterpret_cast<T*>(state.exchange(destroyed));
+    }
+
+    std::atomic<std::uintptr_t> state_ = none;  // or the object's address
+};
+
+// Start and stop ACE for programs that do not do so themselves.  Calls are counted, also between
+// threads: the first `managed_init` starts it, and the `managed_fini` that answers the last one
+// stops it, which destroys the static instances.  The results are ACE's for these two calls, and 0
+// for all others.
+TARVCORE_API int managed_init();
+TARVCORE_API int managed_fini();
+
+}  // namespace tarvcore

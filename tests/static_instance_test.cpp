@@ -1,0 +1,156 @@
+// Faults to catch: two objects of one holder; clean-up in another order, or under the lock; an
+// object that is used after its end; a constructor that fails and leaves a broken holder.
+
+#include "tarvcore/static_instance.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tarvcore/error_exception.h"
+#include "tests/support/child_process.h"
+
+namespace {
+
+using namespace tarvcore;
+using impl::StaticInstanceCleanup;
+
+constexpr impl::ObjectManagerCalls willing_calls = {
+    [](void*, void (*)(void*, void*)) { return 0; }};
+constexpr impl::ObjectManagerCalls refusing_calls = {[](void*, void (*)(void*, void*)) {
+    errno = EAGAIN;
+    return -1;
+}};
+
+// A clean-up function with what it needs.
+struct Step {
+    StaticInstanceCleanup& cleanup;
+    std::string& diary;
+    char name;
+    Step* next = nullptr;  // registered by this step
+    bool throws = false;
+
+    void expect() { cleanup.register_for_cleanup(take, this); }
+
+    static void take(void* pointer) {
+        const Step& self = *static_cast<Step*>(pointer);
+        self.diary += self.name;
+        if (self.next != nullptr) self.next->expect();
+        if (self.throws) throw std::runtime_error("step");
+    }
+};
+
+TEST(StaticInstanceCleanup, RunsBackwardsToTheEnd) {
+    StaticInstanceCleanup cleanup(willing_calls);
+    std::string diary;
+    Step e{cleanup, diary, 'E'};
+    Step d{cleanup, diary, 'D', &e};
+    Step a{cleanup, diary, 'A'};
+    Step b{cleanup, diary, 'B', &d, true};
+    Step c{cleanup, diary, 'C'};
+    a.expect();
+    b.expect();
+    c.expect();
+    EXPECT_THROW(cleanup.run(), std::runtime_error);
+    EXPECT_EQ(diary, "CB");
+    c.expect();  // not closed yet
+    cleanup.run();
+    EXPECT_EQ(diary, "CBCDEA");
+    cleanup.run();
+    EXPECT_EQ(diary, "CBCDEA");
+    try {
+        a.expect();
+        ADD_FAILURE() << "registered after the end";
+    } catch (const ErrorException& error) {
+        EXPECT_TRUE(error.matches("error.tarvcore.objectManager.closed"));
+        EXPECT_EQ(error.error()->location().line(), 93u);
+        EXPECT_EQ(error.error()->location().file_id(), "$Id: //tarvcore/static_instance.cpp#1 $");
+    }
+}
+
+TEST(StaticInstanceCleanup, SaysThatItWillNotBeRun) {
+    testing::internal::CaptureStderr();
+    StaticInstanceCleanup cleanup(refusing_calls);
+    const std::string text = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(text.find("tarvcore: Error registering with ACE Object Manager for cleanup: \n"), 0u);
+    EXPECT_NE(text.find("error.errno.EAGAIN"), std::string::npos) << text;
+    EXPECT_NE(text.find("StaticInstanceCleanup::StaticInstanceCleanup()"), std::string::npos);
+    std::string diary;
+    Step a{cleanup, diary, 'A'};
+    a.expect();
+    EXPECT_EQ(diary, "");
+}
+
+struct Counted {
+    Counted() {
+        if (failures > 0 && failures-- > 0) throw std::runtime_error("construction");
+        ++made;
+    }
+    int value = 42;
+
+    static inline std::atomic<int> made = 0;
+    static inline std::atomic<int> failures = 0;
+};
+
+TEST(StaticInstance, IsMadeOnceByManyThreads) {
+    for (int round = 0; round < 100; ++round) {
+        // Never destroyed, as its object is not: it goes when the process does.
+        auto& instance = *new StaticInstance<Counted>;
+        Counted::made = 0;
+        std::atomic<int> missing = 4;
+        std::vector<Counted*> seen(4);
+        std::vector<std::thread> threads;
+        for (Counted*& mine : seen) {
+            threads.emplace_back([&] {
+                --missing;
+                while (missing != 0)
+                    std::this_thread::yield();
+                mine = &instance.get();
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        ASSERT_EQ(Counted::made, 1);
+        ASSERT_EQ(std::set<Counted*>(seen.begin(), seen.end()).size(), 1u);
+    }
+}
+
+TEST(StaticInstance, TriesAgainAfterAFailure) {
+    auto& instance = *new StaticInstance<Counted>;
+    Counted::failures = 1;
+    EXPECT_THROW(instance.get(), std::runtime_error);
+    EXPECT_EQ(instance->value, 42);
+}
+
+// The ends of processes, seen from outside: see static_instance_child.cpp.
+TEST(StaticInstance, EndsWithAce) {
+    const struct {
+        const wchar_t* ending;
+        const char* output;
+    } rows[] = {
+        {L"none", "main\n"},  // nobody stops ACE
+        {L"fini",
+         "main\nstill second\n~third\n~second\n~first\n"
+         "used: error.tarvcore.objectManager.closed 228\n~fourth\n"
+         "made: error.tarvcore.objectManager.closed 93\n"},
+        {L"static", "main\n~third\n~second\n~first\n"},
+        {L"busy", "main\n"},
+#if !defined(TARVCORE_STATIC)
+        {L"unload", "registered\nmain\n~third\n~second\n~first\n"},
+#endif
+    };
+    for (const auto& row : rows) {
+        const auto outcome = tarv_test::run_program(L"static_instance_child.exe", {row.ending});
+        EXPECT_EQ(outcome.output, row.output);
+        EXPECT_EQ(outcome.errors, "");
+        EXPECT_EQ(outcome.status, 0u);
+    }
+}
+
+}  // namespace
