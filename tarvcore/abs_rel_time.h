@@ -62,9 +62,10 @@ public:
     // and right behind it its unit; behind "m" there must be a blank, a digit or the end.  Eleven
     // decimals count, and the field is truncated to nanoseconds.  A text without fields is zero.
     //
-    // Fields must be less than 106751 days or 2562047 hours, 153722867 minutes, ..., and a whole
-    // number of nanoseconds up to 9223372036854775799; the sum is not tested and wraps.  So the
-    // texts of the outermost hours of the range, and "##INFINITE##", are written and not read.
+    // The number before the point must be less than the whole units within the range (106751 days,
+    // 2562047 hours, 153722867 minutes, ...), and nanoseconds up to 9223372036854775799.  The sum
+    // is not tested and wraps.  So texts of 106751 days, and "##INFINITE##", are written and not
+    // read.
     //
     // Fails with "error.tarvcore.relativeTime.invalidTimeString"; then `*out` stays as it is.  It
     // may be null.

@@ -51,7 +51,8 @@ TARVCORE_INLINE void read_decimals(const char*& text, const char* end, Number& n
 
 // Reads digits, which may have a point among them, and moves behind them.
 TARVCORE_INLINE Message read_number(const char*& text, const char* end, Number& number) {
-    // One digit less than the numbers of 63 bits have, and a digit more: 9223372036854775799.
+    // Up to here a digit may follow, so the largest number is 9223372036854775799.  That eight more
+    // would fit into 63 bits and are refused is meant.
     constexpr std::uint64_t max_before_last_digit = 922'337'203'685'477'579;
 
     const char* const begin = text;
