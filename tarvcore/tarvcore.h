@@ -14,6 +14,8 @@
 #include "tarvcore/exception_types.h"
 #include "tarvcore/message_template.h"
 #include "tarvcore/os_error.h"
+#include "tarvcore/process_info.h"
+#include "tarvcore/random.h"
 #include "tarvcore/ref_count.h"
 #include "tarvcore/ref_count_ptr.h"
 #include "tarvcore/safe_cast.h"

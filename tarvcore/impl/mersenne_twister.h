@@ -1,0 +1,25 @@
+// The Mersenne Twister MT19937, without a seeding of its own.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "tarvcore/config.h"
+
+namespace tarvcore::impl::mersenne_twister {
+
+constexpr unsigned state_words = 624;
+
+// Advances the state by one generation: as many raw outputs.
+void regenerate(std::uint32_t (&state)[state_words]);
+
+// Makes outputs of raw ones, in place; the words need no alignment.
+void temper(char* words, std::size_t count);
+constexpr std::uint32_t temper(std::uint32_t word) {
+    word ^= word >> 11;
+    word ^= word << 7 & 0x9D2C5680;
+    word ^= word << 15 & 0xEFC60000;
+    return word ^ word >> 18;
+}
+
+}  // namespace tarvcore::impl::mersenne_twister
