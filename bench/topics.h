@@ -16,5 +16,9 @@ void add_calendar_rows();
 void add_absolute_time_text_rows();
 void add_relative_time_text_rows();
 void add_simple_date_time_rows();
+void add_thread_mutex_rows();
+void add_static_instance_rows();
+void add_process_info_rows();
+void add_random_rows();
 
 }  // namespace tarv_bench

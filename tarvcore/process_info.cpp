@@ -18,7 +18,7 @@ constexpr impl::EnvironmentCalls system_calls = {
         // The call leaves what it was where the value is empty.
         SetLastError(ERROR_SUCCESS);
         const unsigned long length = GetEnvironmentVariableW(name, buffer, size);
-        *error = GetLastError();
+        *error = length == 0 ? GetLastError() : ERROR_SUCCESS;
         return length;
     },
 };

@@ -15,14 +15,14 @@ ThreadCondition::~ThreadCondition() {
 }
 
 int ThreadCondition::wait() {
-    return ACE_OS::cond_wait(&condition_, native_mutex());
+    return ACE_OS::cond_wait(&condition_, mutex_.native());
 }
 
 int ThreadCondition::wait(const ACE_Time_Value* deadline) {
     if (deadline == nullptr) return wait();
     // Some systems' waits store what is left of the time.
     ACE_Time_Value until = *deadline;
-    return ACE_OS::cond_timedwait(&condition_, native_mutex(), &until);
+    return ACE_OS::cond_timedwait(&condition_, mutex_.native(), &until);
 }
 
 int ThreadCondition::wait(const AbsoluteTime& deadline) {

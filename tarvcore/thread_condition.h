@@ -35,8 +35,6 @@ public:
     ThreadMutex& mutex() { return mutex_; }
 
 private:
-    ACE_thread_mutex_t* native_mutex() { return &mutex_.mutex_.lock(); }
-
     ACE_cond_t condition_;
     ThreadMutex& mutex_;
 };

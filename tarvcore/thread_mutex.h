@@ -23,19 +23,24 @@ public:
     ThreadMutex(const ThreadMutex&) = delete;
     ThreadMutex& operator=(const ThreadMutex&) = delete;
 
-    // Waits until the lock is held.  Always 0: what ACE answers is not passed on, so that no caller
-    // sees this fail; this is meant.
+    // Waits until the lock is held.  Always 0, so that no caller sees this fail; this is meant.
     int acquire() {
-        mutex_.acquire();
+        EnterCriticalSection(native());
         return 0;
     }
     // Does not wait: -1 with EBUSY when another thread holds the lock.
     int tryacquire() { return mutex_.tryacquire(); }
     // By the thread that holds it.
-    int release() { return mutex_.release(); }
+    int release() {
+        LeaveCriticalSection(native());
+        return 0;
+    }
 
 private:
     friend class ThreadCondition;
+
+    // What ACE locks, and in the same way; its own functions are two calls away.
+    CRITICAL_SECTION* native() { return &mutex_.lock(); }
 
     ACE_Thread_Mutex mutex_;
 };

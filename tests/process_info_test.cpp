@@ -36,14 +36,14 @@ ErrorInfo::Ptr error_of(Call call) {
 
 TEST(EnvironmentVariable, IsReadWhole) {
     const std::wstring name = L"TARV_\u00E4\U0001F600";
-    for (const unsigned length : {0u, 1u, 2046u, 2047u, 2048u, 2049u, 32'000u, 40'000u}) {
+    for (const unsigned length : {0u, 1u, 2046u, 2047u, 2048u, 2049u, 32'766u}) {
         std::wstring value(length, L'x');
         if (length > 2) value.replace(length - 2, 2, L"\U0001F600");
         ASSERT_TRUE(SetEnvironmentVariableW(name.c_str(), value.c_str()));
         bool found = false;
-        EXPECT_EQ(get(to_string(name), &found), to_string(value));
+        EXPECT_TRUE(get(to_string(name), &found) == to_string(value)) << length;
         EXPECT_TRUE(found) << length;
-        EXPECT_EQ(get(to_string(name)), to_string(value));
+        EXPECT_TRUE(get(to_string(name)) == to_string(value)) << length;
     }
     SetEnvironmentVariableW(name.c_str(), nullptr);
     bool found = true;
@@ -84,19 +84,19 @@ TEST(EnvironmentVariable, PassesTheSystemsFailureOn) {
 TEST(EnvironmentVariable, FollowsAGrowingValue) {
     // Each call finds the value longer than the buffer that the one before asked for.
     static unsigned long needed;
-    needed = 3000;
+    needed = 3001;
     const impl::EnvironmentCalls growing = {[](const wchar_t* name, wchar_t* buffer,
                                                unsigned long size,
                                                unsigned long* error) -> unsigned long {
         EXPECT_EQ(std::wstring(name), L"NAME");
         *error = ERROR_SUCCESS;
-        if (needed < 6000) needed += 1000;
+        if (needed < 40'001) needed += 18'500;
         if (size < needed) return needed;
         std::fill_n(buffer, needed - 1, L'v');
         buffer[needed - 1] = 0;
         return needed - 1;
     }};
-    EXPECT_EQ(impl::environment_variable(growing, "NAME", 4, nullptr), std::string(5999, 'v'));
+    EXPECT_EQ(impl::environment_variable(growing, "NAME", 4, nullptr), std::string(40'000, 'v'));
 }
 
 }  // namespace

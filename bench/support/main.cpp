@@ -39,6 +39,10 @@ void add_rows() {
     add_absolute_time_text_rows();
     add_relative_time_text_rows();
     add_simple_date_time_rows();
+    add_thread_mutex_rows();
+    add_static_instance_rows();
+    add_process_info_rows();
+    add_random_rows();
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ namespace tarvcore::impl {
 
 // The system call behind environment variables; tests inject their own.
 struct EnvironmentCalls {
-    // Like GetEnvironmentVariableW and then GetLastError, which `*error` becomes.
+    // Like GetEnvironmentVariableW; where that is 0, `*error` becomes what GetLastError says then.
     unsigned long (*get)(const wchar_t* name, wchar_t* buffer, unsigned long size,
                          unsigned long* error);
 };
