@@ -2,7 +2,6 @@
 
 #include "tarvcore/abs_rel_time.h"
 #include "tarvcore/error_code_constants.h"
-#include "tarvcore/error_composer.h"
 #include "tarvcore/error_exception.h"
 #include "tarvcore/impl/digit_words.h"
 
@@ -152,11 +151,9 @@ TARVCORE_INLINE Message read_field(const char*& text, const char* end, std::int6
 }
 
 TARVCORE_COLD ErrorInfo::Ptr invalid_string(const std::string& text, Message message) {
-    return ErrorComposer(message)
-        .param("timeString", text)
-        .param("length", text.size())
-        .create(error::tarvcore_relativeTime_invalidTimeString,
-                TARVCORE_LOCATION("tarvcore::RelativeTime::field_from_string()"));
+    return ErrorInfo::create(error::tarvcore_relativeTime_invalidTimeString, message,
+                             ErrorParams().add("timeString", text).add("length", text.size()),
+                             TARVCORE_LOCATION("tarvcore::RelativeTime::field_from_string()"));
 }
 
 }  // namespace

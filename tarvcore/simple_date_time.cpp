@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "tarvcore/error_code_constants.h"
-#include "tarvcore/error_composer.h"
 #include "tarvcore/error_exception.h"
 #include "tarvcore/impl/digit_words.h"
 #include "tarvcore/impl/time_text.h"
@@ -68,18 +67,17 @@ Message read_offset(const char* text, const char* end, int& minutes) {
 
 TARVCORE_COLD ErrorInfo::Ptr invalid_string(const char* text, unsigned length, Message message,
                                             ErrorInfo::Ptr nested = {}) {
-    return ErrorComposer(message)
-        .param("dateTime", std::string(text, length))
-        .create(error::tarvcore_simpleDateTime_invalidString,
-                TARVCORE_LOCATION("tarvcore::SimpleDateTime::from_string_nothrow()"),
-                std::move(nested));
+    return ErrorInfo::create(error::tarvcore_simpleDateTime_invalidString, message,
+                             ErrorParams().add("dateTime", std::string(text, length)),
+                             TARVCORE_LOCATION("tarvcore::SimpleDateTime::from_string_nothrow()"),
+                             std::move(nested));
 }
 
 TARVCORE_COLD ErrorInfo::Ptr offset_of_infinite(int minutes, ErrorParams params = {}) {
-    params.add("timezoneOffset", minutes);
-    return ErrorComposer("Timezone offset must be 0 if base-UTC time is infinite", params)
-        .create(error::tarvcore_simpleDateTime_timezoneOffset,
-                TARVCORE_LOCATION("tarvcore::SimpleDateTime::set()"));
+    return ErrorInfo::create(error::tarvcore_simpleDateTime_timezoneOffset,
+                             "Timezone offset must be 0 if base-UTC time is infinite",
+                             std::move(params).add("timezoneOffset", minutes),
+                             TARVCORE_LOCATION("tarvcore::SimpleDateTime::set()"));
 }
 
 constexpr unsigned max_length = impl::max_instant_length + sizeof "+12:00" - 1;
