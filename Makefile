@@ -16,10 +16,19 @@ test:  ## Set up, build, and run every test
 	@scripts/build.sh release
 	@ctest --preset release -j $(JOBS)
 
+test-long:  ## The same with a hundred times the trials, and with what takes minutes
+	@scripts/setup.sh
+	@scripts/build.sh release
+	@scripts/test-long.sh
+
 test-checked:  ## The same tests under the address and undefined behaviour checkers
 	@scripts/setup.sh
 	@scripts/build.sh checked
 	@ctest --preset checked -j $(JOBS)
+
+fuzz:  ## Let fuzzers look for faults in parsers and codecs, FUZZ_SECONDS (20) for each target
+	@scripts/install-packages.sh build fuzz
+	@scripts/fuzz.sh
 
 coverage:  ## Which lines and branches the tests reach: build/coverage/report/index.html
 	@scripts/setup.sh coverage
@@ -44,4 +53,4 @@ bench:  ## Measure the library and its peers: one table; make bench ROWS="record
 clean:  ## Remove what was built here (the cache with ACE stays)
 	@rm -rf build
 
-.PHONY: help run test test-checked coverage check exports bench clean
+.PHONY: help run test test-long test-checked fuzz coverage check exports bench clean

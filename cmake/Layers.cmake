@@ -3,7 +3,7 @@
 #   TARVCORE_LAYERS             the layers from bottom to top
 #   TARVCORE_TOPICS_<layer>     the topics of a layer
 #   TARVCORE_PUBLIC_HEADERS     the headers for users, as they are included
-set(layers_file ${PROJECT_SOURCE_DIR}/cmake/layers.txt)
+set(layers_file ${CMAKE_CURRENT_LIST_DIR}/layers.txt)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${layers_file})
 
 set(TARVCORE_LAYERS)
@@ -17,7 +17,7 @@ foreach(line IN LISTS lines)
     elseif(line MATCHES "^    ([a-z0-9_/]+)$")
         set(topic ${CMAKE_MATCH_1})
         list(APPEND TARVCORE_TOPICS_${layer} ${topic})
-        if(NOT topic MATCHES "^impl/" AND EXISTS ${PROJECT_SOURCE_DIR}/tarvcore/${topic}.h)
+        if(NOT topic MATCHES "^impl/" AND EXISTS ${CMAKE_CURRENT_LIST_DIR}/../tarvcore/${topic}.h)
             list(APPEND TARVCORE_PUBLIC_HEADERS tarvcore/${topic}.h)
         endif()
     else()

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <vector>
@@ -102,7 +103,7 @@ TEST(UcsUtil, CharactersRoundTripOrAreRefused) {
         }
     };
     // All of them in a long run; else all of Unicode, and what lies at and between the limits.
-    const bool all = trial_factor() >= 100;
+    const bool all = is_long_run();
     for (std::uint32_t c = 0; c < 0x80000000 && !HasFatalFailure();
          c += all || c < 0x120000 ? 1 : 7919)
         check(c);
@@ -114,6 +115,41 @@ TEST(UcsUtil, CharactersRoundTripOrAreRefused) {
             check((1u << bit) + near);
     }
     check(0xFFFFFFFF);
+}
+
+// All pairs that begin with one unit make a text, with a letter behind each.
+TEST(UcsUtil, ConvertsEveryPairOfUtf16Units) {
+    if (!is_long_run()) GTEST_SKIP() << "make test-long does that";
+    const std::string bad = "\xFF";
+    const auto is_high = [](unsigned unit) { return unit / 0x400 == 0x36; };
+    std::vector<std::string> alone(0x10000, bad);
+    for (unsigned unit = 0; unit < 0x10000; ++unit) {
+        if (oracle_allowed(unit)) alone[unit] = oracle_utf8(unit);
+    }
+    std::vector<unsigned short> text(3 * 0x10000, 'a');
+    std::uint32_t valid = 0;
+    for (unsigned first = 0; first < 0x10000; ++first) {
+        std::string expected;
+        for (unsigned second = 0; second < 0x10000; ++second) {
+            text[3 * second] = static_cast<unsigned short>(first);
+            text[3 * second + 1] = static_cast<unsigned short>(second);
+            if (!is_high(first)) {
+                // A high surrogate takes the letter along.
+                expected += alone[first];
+                expected += is_high(second) ? bad : alone[second] + 'a';
+            } else if (second / 0x400 == 0x37) {
+                expected += oracle_utf8(0x10000 + first % 0x400 * 0x400 + second % 0x400) + 'a';
+            } else {
+                expected += bad + 'a';
+            }
+        }
+        std::string utf8(expected.size() + 1, '\0');
+        utf8.resize(
+            utf16_to_utf8(text.data(), text.size(), utf8.data(), utf8.size(), bad[0], nullptr));
+        ASSERT_TRUE(utf8 == expected) << first;
+        valid += 0x10000 - std::min<unsigned>(0x10000, std::ranges::count(utf8, bad[0]));
+    }
+    EXPECT_EQ(valid, 4031393801u);
 }
 
 TEST(UcsUtil, SingleCharactersReportThroughErrno) {

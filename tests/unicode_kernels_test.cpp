@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tarvcore/impl/simd_level.h"
+#include "tests/support/conversion_oracle.h"
 #include "tests/support/guarded_memory.h"
 #include "tests/support/trials.h"
 #include "tests/support/unicode_oracle.h"
@@ -44,42 +45,6 @@ const T* put(const GuardedMemory& memory, const std::vector<T>& text) {
     return begin;
 }
 
-// One conversion under any name.
-Progress run(const char* source, unsigned length, std::uint16_t* destination, unsigned capacity) {
-    return convert_utf8_to_utf16(source, length, reinterpret_cast<Utf16Unit*>(destination),
-                                 capacity);
-}
-Progress run(const char* source, unsigned length, std::uint32_t* destination, unsigned capacity) {
-    return convert_utf8_to_ucs4(source, length, destination, capacity);
-}
-Progress run(const std::uint16_t* source, unsigned length, char* destination, unsigned capacity) {
-    return convert_utf16_to_utf8(reinterpret_cast<const Utf16Unit*>(source), length, destination,
-                                 capacity);
-}
-Progress run(const std::uint32_t* source, unsigned length, char* destination, unsigned capacity) {
-    return convert_ucs4_to_utf8(source, length, destination, capacity);
-}
-
-// What a conversion must come to, and the units it must write.
-template <class Unit, class SourceUnit>
-Progress expected_progress(const std::vector<SourceUnit>& source, unsigned capacity,
-                           std::vector<Unit>& destination) {
-    unsigned read = 0;
-    while (read < source.size()) {
-        const auto written = static_cast<unsigned>(destination.size());
-        const OracleCharacter decoded = oracle_decode(source, read);
-        if (decoded.units == 0) return {read, written, ConversionStatus::invalid};
-        oracle_encode(decoded.code_point, destination);
-        if (destination.size() == written) return {read, written, ConversionStatus::unencodable};
-        if (destination.size() > capacity) {
-            destination.resize(written);
-            return {read, written, ConversionStatus::full};
-        }
-        read += decoded.units;
-    }
-    return {read, static_cast<unsigned>(destination.size()), ConversionStatus::done};
-}
-
 template <class T>
 std::string shown(const std::vector<T>& text) {
     std::string digits;
@@ -90,10 +55,6 @@ std::string shown(const std::vector<T>& text) {
         digits += number;
     }
     return digits;
-}
-
-bool same(const Progress& a, const Progress& b) {
-    return a.read == b.read && a.written == b.written && a.status == b.status;
 }
 
 // Converts and counts on every level, the source and the room each right in front of a guard.
@@ -107,8 +68,8 @@ void check(const GuardedMemory& source_memory, const GuardedMemory& destination_
     for (const SimdLevel level : levels) {
         force_simd_level(level);
         Unit* const room = last<Unit>(destination_memory, capacity);
-        const Progress result = run(text, length, room, capacity);
-        const Progress count = run(text, length, static_cast<Unit*>(nullptr), capacity);
+        const Progress result = bulk_convert(text, length, room, capacity);
+        const Progress count = bulk_convert(text, length, static_cast<Unit*>(nullptr), capacity);
         ASSERT_TRUE(same(result, progress) && same(count, progress) &&
                     std::equal(expected.begin(), expected.end(), room))
             << "level " << static_cast<int>(level) << ", capacity " << capacity << ", to "
@@ -198,16 +159,37 @@ TEST_F(UnicodeKernels, KnowEveryUtf16Unit) {
     }
 }
 
-// All strings of up to three bytes as they are, and all of three bytes within longer texts, where
-// they lie across the border of two blocks.
+// Texts, one a level with blocks, in which a string lies across the border of two.
+class BorderTexts {
+public:
+    BorderTexts() {
+        // Not ASCII at the start, which would be taken before any blocks are formed.
+        for (Row& row : rows_)
+            oracle_utf8(0xE9).copy(row.text.data(), 2);
+    }
+
+    // Whether validation there comes to what it comes to for the string alone.
+    bool agree(const char* string, unsigned length, unsigned valid) {
+        return std::ranges::all_of(rows_, [=](Row& row) {
+            std::copy(string, string + length, row.text.begin() + row.place);
+            force_simd_level(row.level);
+            return valid_utf8_prefix(row.text.data(), row.text.size()) ==
+                   (valid == length ? row.text.size() : row.place + valid);
+        });
+    }
+
+private:
+    struct Row {
+        SimdLevel level;
+        unsigned place;
+        Bytes text;
+    };
+    Row rows_[2] = {{SimdLevel::ssse3, 14, Bytes(40, 'a')}, {SimdLevel::avx2, 62, Bytes(160, 'a')}};
+};
+
 TEST_F(UnicodeKernels, KnowEveryShortUtf8String) {
     unsigned valid[4] = {};
-    // Not ASCII at the start, which would be taken before any blocks are formed.
-    Bytes texts[] = {Bytes(40, 'a'), Bytes(160, 'a')};
-    for (Bytes& text : texts)
-        oracle_utf8(0xE9).copy(text.data(), 2);
-    const unsigned places[] = {14, 62};
-    const SimdLevel text_levels[] = {SimdLevel::ssse3, SimdLevel::avx2};
+    BorderTexts texts;
     for (std::uint32_t bytes = 0; bytes < 0x1000000; ++bytes) {
         const Bytes three = {static_cast<char>(bytes >> 16), static_cast<char>(bytes >> 8),
                              static_cast<char>(bytes)};
@@ -218,41 +200,27 @@ TEST_F(UnicodeKernels, KnowEveryShortUtf8String) {
             expected += units;
         }
         ASSERT_EQ(valid_utf8_prefix(three.data(), 3), expected) << std::hex << bytes;
+        ASSERT_TRUE(texts.agree(three.data(), 3, expected)) << std::hex << bytes;
         valid[3] += expected == 3;
         if (bytes % 0x100 == 0) valid[2] += valid_utf8_prefix(three.data(), 2) == 2;
         if (bytes % 0x10000 == 0) valid[1] += valid_utf8_prefix(three.data(), 1) == 1;
-
-        for (const unsigned i : {0, 1}) {
-            Bytes& text = texts[i];
-            std::copy(three.begin(), three.end(), text.begin() + places[i]);
-            force_simd_level(text_levels[i]);
-            ASSERT_EQ(valid_utf8_prefix(text.data(), text.size()),
-                      expected == 3 ? text.size() : places[i] + expected)
-                << std::hex << bytes << " on level " << i;
-        }
     }
     EXPECT_EQ(valid[1], 128u);
     EXPECT_EQ(valid[2], 18304u);
     EXPECT_EQ(valid[3], 2650109u);
 }
 
-// All strings of four bytes, in a long run.
 TEST_F(UnicodeKernels, KnowEveryUtf8StringOfFourBytes) {
-    if (trial_factor() < 100) GTEST_SKIP() << "set TARV_TEST_TRIALS to 100 for it";
+    if (!is_long_run()) GTEST_SKIP() << "make test-long does that";
     unsigned valid = 0;
-    Bytes text(40, 'a');
-    oracle_utf8(0xE9).copy(text.data(), 2);
+    BorderTexts texts;
     for (std::uint32_t bytes = 0;; ++bytes) {
         const char four[] = {static_cast<char>(bytes >> 24), static_cast<char>(bytes >> 16),
                              static_cast<char>(bytes >> 8), static_cast<char>(bytes)};
         force_simd_level(SimdLevel::sse2);
         const unsigned prefix = valid_utf8_prefix(four, 4);
         valid += prefix == 4;
-        std::copy(four, four + 4, text.begin() + 14);
-        force_simd_level(SimdLevel::ssse3);
-        ASSERT_EQ(valid_utf8_prefix(text.data(), text.size()),
-                  prefix == 4 ? text.size() : 14 + prefix)
-            << std::hex << bytes;
+        ASSERT_TRUE(texts.agree(four, 4, prefix)) << std::hex << bytes;
         if (bytes == 0xFFFFFFFF) break;
     }
     EXPECT_EQ(valid, 384253184u);

@@ -1,4 +1,4 @@
-// How often random tests try.
+// How often random tests try, and how much of a large space tests go through.
 #pragma once
 
 #include <cstdlib>
@@ -14,6 +14,11 @@ inline unsigned trial_factor() {
 
 inline unsigned trials(unsigned count) {
     return count * trial_factor();
+}
+
+// Whether there is time for what takes minutes.
+inline bool is_long_run() {
+    return trial_factor() >= 100;
 }
 
 }  // namespace tarv_test

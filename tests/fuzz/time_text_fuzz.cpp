@@ -1,0 +1,44 @@
+// Texts of instants, durations and date-times: what is read is what its own text says.
+#include <vector>
+
+#include "tarvcore/abs_rel_time.h"
+#include "tarvcore/simple_date_time.h"
+#include "tests/fuzz/targets.h"
+
+namespace tarv_fuzz {
+namespace {
+
+using namespace tarvcore;
+
+template <class Time>
+ErrorInfo::Ptr read(const std::vector<char>& text, Time* time) {
+    if constexpr (std::is_same_v<Time, RelativeTime>) {
+        return Time::from_string_nothrow(std::string(text.begin(), text.end()), time);
+    } else {
+        return Time::from_string_nothrow(text.data(), text.size(), time);
+    }
+}
+
+template <class Time>
+void check(const std::vector<char>& text) {
+    Time time;
+    if (const auto error = read(text, &time)) {
+        require(time == Time(), "a failure that changes its output");
+        return;
+    }
+    const std::string shown = time.as_string();
+    Time again;
+    require(!read({shown.begin(), shown.end()}, &again) && again == time, "a text of a time");
+}
+
+}  // namespace
+
+void run_time_text(Input input) {
+    // In memory that ends where the text does.
+    const std::vector<char> text(input.begin(), input.end());
+    check<AbsoluteTime>(text);
+    check<RelativeTime>(text);
+    check<SimpleDateTime>(text);
+}
+
+}  // namespace tarv_fuzz
