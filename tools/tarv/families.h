@@ -25,5 +25,7 @@ Verbs encode_verbs();
 Verbs decode_verbs();
 Verbs text_verbs();
 Verbs error_verbs();
+Verbs env_verbs();
+Verbs random_verbs();
 
 }  // namespace tarv
