@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tarvcore/abs_rel_time.h"
+#include "tarvcore/affinity.h"
 #include "tarvcore/atomic_op.h"
 #include "tarvcore/config.h"
 #include "tarvcore/error_builder.h"
@@ -14,11 +15,13 @@
 #include "tarvcore/exception_types.h"
 #include "tarvcore/message_template.h"
 #include "tarvcore/os_error.h"
+#include "tarvcore/priority.h"
 #include "tarvcore/process_info.h"
 #include "tarvcore/random.h"
 #include "tarvcore/ref_count.h"
 #include "tarvcore/ref_count_ptr.h"
 #include "tarvcore/safe_cast.h"
+#include "tarvcore/scheduler_latency.h"
 #include "tarvcore/simple_date_time.h"
 #include "tarvcore/source_location.h"
 #include "tarvcore/source_string.h"
