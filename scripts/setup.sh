@@ -6,7 +6,7 @@ source "$(dirname -- "${BASH_SOURCE[0]}")/common.sh"
 
 "$root/scripts/install-packages.sh" build "$@"
 libraries=(ace)
-[[ " $* " == *" bench "* ]] && libraries+=(benchmark abseil)
+[[ " $* " == *" bench "* ]] && libraries+=(benchmark abseil icu)
 for library in "${libraries[@]}"; do
     "$root/scripts/build-library.sh" "$library"
 done
