@@ -1,6 +1,5 @@
 #include "tarvcore/static_instance.h"
 
-#include <bit>
 #include <cerrno>
 #include <iostream>
 
@@ -10,6 +9,7 @@
 #include "tarvcore/atomic_op.h"
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_exception.h"
+#include "tarvcore/impl/process_end.h"
 //
 #include <windows.h>
 
@@ -23,15 +23,6 @@ namespace {
 constexpr unsigned at_exit_line = 62;
 constexpr unsigned closed_line = 93;
 constexpr unsigned destroyed_line = 228;
-
-// Whether all threads but this one are gone, and modules are being told so.  Not linked: the system
-// library has functions of the C runtime, too, which would take the place of the runtime's.
-bool process_is_ending() {
-    using Function = BOOLEAN(NTAPI*)();
-    const auto function = std::bit_cast<Function>(
-        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlDllShutdownInProgress"));
-    return function != nullptr && function() != 0;
-}
 
 constexpr ObjectManagerCalls ace_calls = {
     [](void* object, void (*function)(void*, void*)) {

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "tarvcore/error_exception.h"
+#include "tarvmoduleregistry/module_registry.h"
 //
 #include <fcntl.h>
 #include <io.h>
@@ -58,6 +59,7 @@ void register_with_a_copy() {
     wchar_t original[MAX_PATH];
     GetModuleFileNameW(GetModuleHandleW(L"tarvcore-w32r-2-1.dll"), original, MAX_PATH);
     const std::wstring path = std::wstring(original) + L".static_instance.dll";
+    tarvmoduleregistry::remove_module_info("tarvcore");  // two copies are meant here
     CopyFileW(original, path.c_str(), false);
     const HMODULE copy = LoadLibraryW(path.c_str());
     using Register = void (*)(void (*)(void*), void*);

@@ -1,0 +1,43 @@
+# tarvcore_module_info_block(OUT): writes the source OUT with what the module says of its build.  The
+# build's values are those of the cache variables TARV_BUILD_..., else of the environment variables
+# of the same names; the time is also that of SOURCE_DATE_EPOCH, in UTC.  All others are neutral, so
+# that two builds of one commit are the same, wherever they are made.
+set(module_info_template ${CMAKE_CURRENT_LIST_DIR}/../tarvcore/module_info_block.cpp.in)
+
+# Sets OUT to a value, as XML has it between an element's tags.
+function(tarvcore_build_value out default shape)
+    set(name TARV_BUILD_${out})
+    set(${name} "" CACHE STRING "For the module's information (default: ${default})")
+    set(value "${${name}}")
+    if(value STREQUAL "")
+        set(value "$ENV{${name}}")
+    endif()
+    if(value STREQUAL "")
+        set(value "${default}")
+    endif()
+    if(NOT value MATCHES "^(${shape})$")
+        message(FATAL_ERROR "${name} cannot be \"${value}\": it must match ${shape}")
+    endif()
+    string(REPLACE "&" "&amp;" value "${value}")
+    string(REPLACE "<" "&lt;" value "${value}")
+    string(REPLACE ">" "&gt;" value "${value}")
+    string(REPLACE "\"" "&quot;" value "${value}")
+    string(REPLACE "'" "&apos;" value "${value}")
+    set(${out} "${value}" PARENT_SCOPE)
+endfunction()
+
+function(tarvcore_module_info_block out)
+    set(printable "[ -~]+")
+    set(day "[0-9][0-9][0-9][0-9]-[0-9][0-9]-[0-9][0-9]")
+    set(hour "[0-9][0-9]:[0-9][0-9]")
+    set(time "1970-01-01 00:00")
+    if(DEFINED ENV{SOURCE_DATE_EPOCH})
+        string(TIMESTAMP time "%Y-%m-%d %H:%M" UTC)
+    endif()
+    tarvcore_build_value(MACHINE "unknown" "${printable}")
+    tarvcore_build_value(NAME "local" "${printable}")
+    tarvcore_build_value(CHANGELIST "0" "${printable}")
+    tarvcore_build_value(NUM "0" "${printable}")
+    tarvcore_build_value(TIMESTAMP "${time}" "${day} ${hour}")
+    configure_file(${module_info_template} ${out} @ONLY)
+endfunction()
