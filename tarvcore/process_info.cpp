@@ -1,10 +1,14 @@
 #include "tarvcore/process_info.h"
 
+#include <algorithm>
+#include <iterator>
 #include <vector>
 
 #include "tarvcore/error_exception.h"
 #include "tarvcore/impl/environment.h"
+#include "tarvcore/impl/measured_length.h"
 #include "tarvcore/to_string.h"
+#include "tarvcore/ucsutil.h"
 //
 #include <windows.h>
 
@@ -23,13 +27,32 @@ constexpr impl::EnvironmentCalls system_calls = {
     },
 };
 
+// A name in UTF-16; short ones take no allocation.
+class WideName {
+public:
+    WideName(const char* name, unsigned length) {
+        length = impl::measured_length(name, length);
+        if (length < std::size(short_)) {
+            short_[utf8_to_wstr(name, length, short_, length, 0, nullptr)] = L'\0';
+        } else {
+            long_ = to_wstring(name, length);
+        }
+        // Such a byte stands for nothing but this character.
+        if (std::find(name, name + length, '\0') != name + length) impl::raise_embedded_nul_error();
+    }
+
+    const wchar_t* c_str() const { return long_.empty() ? short_ : long_.c_str(); }
+
+private:
+    wchar_t short_[64];
+    std::wstring long_;
+};
+
 }  // namespace
 
 std::string impl::environment_variable(const EnvironmentCalls& calls, const char* name,
                                        unsigned length, bool* found) {
-    const std::wstring wide_name = to_wstring(name, length);
-    if (wide_name.find(L'\0') != std::wstring::npos) raise_embedded_nul_error();
-
+    const WideName wide_name(name, length);
     wchar_t first_buffer[2048];
     std::vector<wchar_t> larger_buffer;
     wchar_t* buffer = first_buffer;

@@ -52,6 +52,12 @@ TEST(EnvironmentVariable, IsReadWhole) {
     SetLastError(ERROR_ACCESS_DENIED);
     EXPECT_EQ(get("", &found), "") << "a name that nothing has";
     EXPECT_FALSE(found);
+
+    for (const unsigned length : {63u, 64u, 65u, 1000u}) {
+        const std::string long_name = std::string(length - 2, 'N') + "\xC3\xA4";
+        ASSERT_TRUE(SetEnvironmentVariableW(to_wstring(long_name).c_str(), L"here"));
+        EXPECT_EQ(get(long_name, &found), "here") << length;
+    }
 }
 
 TEST(EnvironmentVariable, RefusesWhatHasNoSuchName) {
