@@ -21,7 +21,7 @@
 #include "tarvcore/ref_count.h"
 #include "tarvcore/ref_count_ptr.h"
 #include "tarvcore/safe_cast.h"
-#include "tarvcore/scheduler_latency.h"
+#include "tarvcore/scheduler.h"
 #include "tarvcore/simple_date_time.h"
 #include "tarvcore/source_location.h"
 #include "tarvcore/source_string.h"

@@ -1,7 +1,7 @@
 // Faults to catch: a request that is not released, or another one; failures that pass unseen where
 // Wine grants what Windows refuses; a probe that stops too early or asks once too often.
 
-#include "tarvcore/scheduler_latency.h"
+#include "tarvcore/scheduler.h"
 
 #include <gtest/gtest.h>
 
@@ -67,7 +67,7 @@ TEST(SchedulerLatency, RaisesWhatIsRefused) {
               "error.tarvcore.hardware.timeError "
               "Failed setting scheduler latency to 1.5ms: result=97 "
               "['latency' => \"1.5ms\", 'result' => \"97\"] "
-              "tarvcore::SchedulerLatency::SchedulerLatency() //tarvcore/scheduler_latency.cpp");
+              "tarvcore::SchedulerLatency::SchedulerLatency() //tarvcore/scheduler.cpp");
     EXPECT_EQ(timer.log, "+1") << "there is nothing to release";
     EXPECT_EQ(raised([&timer] {
                   const SchedulerLatency fine(RelativeTime::milliseconds(2));
@@ -75,7 +75,7 @@ TEST(SchedulerLatency, RaisesWhatIsRefused) {
               }),
               "error.tarvcore.hardware.timeError "
               "Failed restoring scheduler latency: result=97 ['result' => \"97\"] "
-              "tarvcore::SchedulerLatency::~SchedulerLatency() //tarvcore/scheduler_latency.cpp");
+              "tarvcore::SchedulerLatency::~SchedulerLatency() //tarvcore/scheduler.cpp");
 }
 
 TEST(SchedulerLatency, FindsTheFinestPeriod) {

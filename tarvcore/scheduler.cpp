@@ -1,4 +1,4 @@
-#include "tarvcore/scheduler_latency.h"
+#include "tarvcore/scheduler.h"
 
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_composer.h"
@@ -8,7 +8,7 @@
 //
 #include <timeapi.h>
 
-TARVCORE_SOURCE_FILE("$Id: //tarvcore/scheduler_latency.cpp#1 $");
+TARVCORE_SOURCE_FILE("$Id: //tarvcore/scheduler.cpp#1 $");
 
 namespace tarvcore {
 namespace {
