@@ -1,7 +1,7 @@
 # tarvcore_module_info_block(OUT): writes the source OUT with what the module says of its build.  The
 # build's values are those of the cache variables TARV_BUILD_..., else of the environment variables
 # of the same names; the time is also that of SOURCE_DATE_EPOCH, in UTC.  All others are neutral, so
-# that two builds of one commit are the same, wherever they are made.
+# that two builds of one commit say the same, wherever they are made.
 set(module_info_template ${CMAKE_CURRENT_LIST_DIR}/../tarvcore/module_info_block.cpp.in)
 
 # Sets OUT to a value, as XML has it between an element's tags.

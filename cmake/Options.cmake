@@ -16,6 +16,8 @@ target_compile_options(tarvcore_warnings INTERFACE
 
 add_library(tarvcore_options INTERFACE)
 target_link_libraries(tarvcore_options INTERFACE tarvcore_warnings)
+# The file's time of linking would make every build another one.
+target_link_options(tarvcore_options INTERFACE LINKER:--no-insert-timestamp)
 if(TARVCORE_CHECKED)
     include(Checkers)
 endif()

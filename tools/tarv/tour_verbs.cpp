@@ -5,6 +5,7 @@
 #include "tarvcore/abs_rel_time.h"
 #include "tarvcore/config.h"
 #include "tarvcore/error_exception.h"
+#include "tarvmoduleregistry/module_registry.h"
 #include "tools/tarv/families.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tools/tarv/tour_verbs.cpp#1 $");
@@ -112,13 +113,27 @@ void error_road(Story& story) {
     }
 }
 
+// What a process knows of the library that it has loaded.
+void module_road(Story& story) {
+    story.title("And the library itself");
+
+    story.prose(
+        "Each module says what it is while a process loads it, and warns of a second copy.\n"
+        "Who looks into the process later may ask:");
+    story.lines("tarvmoduleregistry::query_module_info(\"tarvcore\", &info)");
+    tarvmoduleregistry::ModuleInfo info;
+    tarvmoduleregistry::query_module_info("tarvcore", &info);
+    story.prose("The answer is XML, which tools find in the DLL's file, too:");
+    story.lines(info.text);
+}
+
 class TourVerb : public Verb {
 public:
     TourVerb() : Verb({"", "", "The library at work, told step by step", ""}) {}
 
     bool has_json() const override { return false; }
     bool run(const Request&, Output& output, Output&) override {
-        static constexpr void (*roads[])(Story&) = {error_road};
+        static constexpr void (*roads[])(Story&) = {error_road, module_road};
 
         output.write("This is tarvcore at work: every value below has just been computed by it.\n");
         Story story(output);
