@@ -94,7 +94,7 @@ public:
     static std::string encode(const Bytes& bytes, impl::Flag pad = true);
 
     // Writes bytes and answers their end.  Where it raises, the bytes before the fault may have
-    // been written, and in memory up to a vector's length behind them within the room for the text.
+    // been written, and in memory any behind them within the room for the text.
     template <impl::TextInput In, impl::ByteOutput Out>
     static Out decode(In first, In last, Out out, impl::Flag require_padding = true);
 

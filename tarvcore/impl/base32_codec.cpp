@@ -111,6 +111,7 @@ constexpr ShuffleTable value_less_code = [] {
 struct Ssse3Blocks {
     static constexpr unsigned byte_count = 10;
     static constexpr unsigned char_count = 16;
+    static constexpr unsigned inner_blocks = 1;
     static constexpr unsigned bytes_beside = 6;
     static constexpr unsigned chars_behind = 16;
 
@@ -190,6 +191,7 @@ struct Ssse3Blocks {
 struct Avx2Blocks {
     static constexpr unsigned byte_count = 20;
     static constexpr unsigned char_count = 32;
+    static constexpr unsigned inner_blocks = 1;
     static constexpr unsigned bytes_beside = 0;
     static constexpr unsigned chars_behind = 16;
 

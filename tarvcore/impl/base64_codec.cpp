@@ -110,33 +110,56 @@ constexpr ShuffleTable code_less_value = [] {
     return table;
 }();
 
-constexpr ShuffleTable lower_bits = lower_bits_of(base64_values);
-constexpr ShuffleTable lower_faults = lower_faults_of(base64_values);
+// ASCII has rows, by the higher halves of codes, and columns, by the lower ones.  A column says in
+// its lower four bits how many places further on than its row a character finds its entry of
+// `value_less_code`.  With all its bits it says where it has characters of the alphabets: in rows
+// that share one of them.  (The columns are the outcome of a search.)
+constexpr ShuffleTable columns = {{0x10, 0x30, 0x30, 0x30, 0x30, 0x30, 0x30, 0x30, 0x30, 0x30, 0x20,
+                                   0x40, 0x01, 0x06, 0x01, 0x09}};
 
-// What turns the code of a good character into its value.  It depends on the higher half of the
-// code, but for the columns of the two alphabets' special characters: the rows of these columns are
-// looked up further on.
-constexpr ShuffleTable further_on = {{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 8, 0, 11}};
-constexpr ShuffleTable value_less_code = [] {
+constexpr bool is_in_alphabets(unsigned code) {
+    return code < base64_values.size() && base64_values[code] < padding_mark;
+}
+
+// The bits of which all columns that have them have a character in the row.
+constexpr ShuffleTable rows = [] {
     ShuffleTable table{};
-    for (unsigned code = 0; code < base64_values.size(); ++code) {
-        if (base64_values[code] >= padding_mark) continue;
-        const unsigned place = ((code >> 4) + further_on[code & 15]) % 16;
-        table[place] = static_cast<unsigned char>(base64_values[code] - code);
+    for (unsigned row = 0; row < table.size(); ++row) {
+        unsigned bits = 0x7F;
+        for (unsigned column = 0; column < columns.size(); ++column) {
+            if (!is_in_alphabets(row << 4 | column)) bits &= ~columns[column];
+        }
+        table[row] = static_cast<unsigned char>(bits);
     }
     return table;
 }();
+
+// Shuffles look at the lower four bits of a place, and answer 0 where it has the highest one.
+constexpr unsigned place_of(unsigned code) {
+    return (code >> 4) + columns[code & 15];
+}
+
+// What turns the code of a good character into its value.
+constexpr ShuffleTable value_less_code = [] {
+    ShuffleTable table{};
+    for (unsigned code = 0; code < base64_values.size(); ++code) {
+        if (is_in_alphabets(code))
+            table[place_of(code) % 16] = static_cast<unsigned char>(base64_values[code] - code);
+    }
+    return table;
+}();
+
 static_assert(
     [] {
         for (unsigned code = 0; code < base64_values.size(); ++code) {
-            if (base64_values[code] >= padding_mark) continue;
-            const unsigned place = ((code >> 4) + further_on[code & 15]) % 16;
-            if (static_cast<unsigned char>(code + value_less_code[place]) != base64_values[code])
-                return false;
+            const bool good = (columns[code & 15] & rows[code >> 4]) != 0;
+            if (good != is_in_alphabets(code)) return false;
+            const unsigned value = code + value_less_code[place_of(code) % 16];
+            if (good && (place_of(code) >= 128 || value % 256 != base64_values[code])) return false;
         }
         return true;
     }(),
-    "no two characters that need different entries share one");
+    "columns and rows know the alphabets, and no two characters need one place for two entries");
 
 // ---- SSSE3: 12 bytes, 16 characters.
 
@@ -154,26 +177,31 @@ static_assert(
     return _mm_add_epi8(values, _mm_shuffle_epi8(load_table(code_less_value), kind));
 }
 
-// Decodes to the first 12 bytes; false where a character is not good.
-[[gnu::target("ssse3")]] inline bool decode_ssse3(const char* text, __m128i* bytes) {
+// Decodes to the first 12 bytes.  `*good` gets a byte of 0 for each character that is not.
+[[gnu::target("ssse3")]] inline __m128i decode_ssse3(const char* text, __m128i* good) {
     const __m128i codes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-    const __m128i higher = _mm_and_si128(_mm_srli_epi32(codes, 4), _mm_set1_epi8(15));
-    // The shuffle answers 0 for codes from 128 on.
-    const __m128i good = _mm_and_si128(_mm_shuffle_epi8(load_table(lower_bits), codes),
-                                       _mm_shuffle_epi8(load_table(higher_bits), higher));
-    const __m128i place = _mm_add_epi8(higher, _mm_shuffle_epi8(load_table(further_on), codes));
+    const __m128i row = _mm_and_si128(_mm_srli_epi32(codes, 4), _mm_set1_epi8(15));
+    // 0 for codes from 128 on.
+    const __m128i column = _mm_shuffle_epi8(load_table(columns), codes);
+    const __m128i shared = _mm_and_si128(_mm_shuffle_epi8(load_table(rows), row), column);
+    *good = _mm_min_epu8(*good, shared);
+    const __m128i place = _mm_add_epi8(row, column);
     const __m128i values =
         _mm_add_epi8(codes, _mm_shuffle_epi8(load_table(value_less_code), place));
     const __m128i pairs = _mm_maddubs_epi16(values, _mm_set1_epi16(0x0140));
     const __m128i groups = _mm_madd_epi16(pairs, _mm_set1_epi32(0x00011000));
     const __m128i order = _mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
-    *bytes = _mm_shuffle_epi8(groups, order);
+    return _mm_shuffle_epi8(groups, order);
+}
+
+[[gnu::target("ssse3")]] inline bool is_good(__m128i good) {
     return _mm_movemask_epi8(_mm_cmpeq_epi8(good, _mm_setzero_si128())) == 0;
 }
 
 struct Ssse3Blocks {
     static constexpr unsigned byte_count = 12;
     static constexpr unsigned char_count = 16;
+    static constexpr unsigned inner_blocks = 4;
     static constexpr unsigned bytes_beside = 4;
     static constexpr unsigned chars_behind = 8;
 
@@ -195,20 +223,24 @@ struct Ssse3Blocks {
     }
 
     [[gnu::target("ssse3")]] static bool decode(const char* text, unsigned char* bytes) {
-        __m128i block;
-        if (!decode_ssse3(text, &block)) return false;
+        __m128i good = _mm_set1_epi8(-1);
+        const __m128i block = decode_ssse3(text, &good);
+        if (!is_good(good)) return false;
         _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), block);
         const int last = _mm_cvtsi128_si32(_mm_srli_si128(block, 8));
         std::memcpy(bytes + 8, &last, 4);
         return true;
     }
 
-    // Stores a whole vector.
+    // Stores whole vectors.
     [[gnu::target("ssse3")]] static bool decode_inner(const char* text, unsigned char* bytes) {
-        __m128i block;
-        if (!decode_ssse3(text, &block)) return false;
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), block);
-        return true;
+        __m128i good = _mm_set1_epi8(-1);
+#pragma GCC unroll inner_blocks
+        for (unsigned i = 0; i < inner_blocks; ++i) {
+            const __m128i block = decode_ssse3(text + char_count * i, &good);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + byte_count * i), block);
+        }
+        return is_good(good);
     }
 };
 
@@ -231,12 +263,13 @@ class Avx2Blocks {
 public:
     static constexpr unsigned byte_count = 24;
     static constexpr unsigned char_count = 32;
+    static constexpr unsigned inner_blocks = 2;
     static constexpr unsigned bytes_beside = 4;
     static constexpr unsigned chars_behind = 8;
 
     [[gnu::target("avx2")]] Avx2Blocks() {
         // Here and now: the compiler would do it again for every block.
-        asm("" : "+x"(lower_), "+x"(higher_), "+x"(further_), "+x"(value_));
+        asm("" : "+x"(columns_), "+x"(rows_), "+x"(value_));
     }
 
     [[gnu::target("avx2")]] static void encode(const unsigned char* bytes, char* text) {
@@ -260,8 +293,9 @@ public:
     }
 
     [[gnu::target("avx2")]] bool decode(const char* text, unsigned char* bytes) const {
-        __m256i block;
-        if (!decode_halves(text, &block)) return false;
+        __m256i good = _mm256_set1_epi8(-1);
+        const __m256i block = decode_halves(text, &good);
+        if (!is_good_twice(good)) return false;
         _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
         // No further than the bytes go.
         const __m128i second = _mm256_extracti128_si256(block, 1);
@@ -272,36 +306,41 @@ public:
     }
 
     [[gnu::target("avx2")]] bool decode_inner(const char* text, unsigned char* bytes) const {
-        __m256i block;
-        if (!decode_halves(text, &block)) return false;
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + 12),
-                         _mm256_extracti128_si256(block, 1));
-        return true;
+        __m256i good = _mm256_set1_epi8(-1);
+#pragma GCC unroll inner_blocks
+        for (unsigned i = 0; i < inner_blocks; ++i, bytes += byte_count) {
+            const __m256i block = decode_halves(text + char_count * i, &good);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + 12),
+                             _mm256_extracti128_si256(block, 1));
+        }
+        return is_good_twice(good);
     }
 
 private:
-    // Decodes to the first 12 bytes of either half; false where a character is not good.
-    [[gnu::target("avx2")]] bool decode_halves(const char* text, __m256i* bytes) const {
+    // Decodes to the first 12 bytes of either half.  `*good` as in `decode_ssse3`.
+    [[gnu::target("avx2")]] __m256i decode_halves(const char* text, __m256i* good) const {
         const __m256i codes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
-        const __m256i higher = _mm256_and_si256(_mm256_srli_epi32(codes, 4), _mm256_set1_epi8(15));
-        const __m256i lower = _mm256_and_si256(codes, _mm256_set1_epi8(15));
-        const bool good = _mm256_testz_si256(_mm256_shuffle_epi8(lower_, lower),
-                                             _mm256_shuffle_epi8(higher_, higher)) != 0;
-        const __m256i place = _mm256_add_epi8(higher, _mm256_shuffle_epi8(further_, lower));
+        const __m256i row = _mm256_and_si256(_mm256_srli_epi32(codes, 4), _mm256_set1_epi8(15));
+        const __m256i column = _mm256_shuffle_epi8(columns_, codes);
+        const __m256i shared = _mm256_and_si256(_mm256_shuffle_epi8(rows_, row), column);
+        *good = _mm256_min_epu8(*good, shared);
+        const __m256i place = _mm256_add_epi8(row, column);
         const __m256i values = _mm256_add_epi8(codes, _mm256_shuffle_epi8(value_, place));
         const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi16(0x0140));
         const __m256i groups = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
         const __m256i order =
             _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
                              2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
-        *bytes = _mm256_shuffle_epi8(groups, order);
-        return good;
+        return _mm256_shuffle_epi8(groups, order);
     }
 
-    __m256i lower_ = load_table_twice(lower_faults);
-    __m256i higher_ = load_table_twice(higher_bits);
-    __m256i further_ = load_table_twice(further_on);
+    [[gnu::target("avx2")]] static bool is_good_twice(__m256i good) {
+        return _mm256_movemask_epi8(_mm256_cmpeq_epi8(good, _mm256_setzero_si256())) == 0;
+    }
+
+    __m256i columns_ = load_table_twice(columns);
+    __m256i rows_ = load_table_twice(rows);
     __m256i value_ = load_table_twice(value_less_code);
 };
 

@@ -18,7 +18,9 @@
 //     bytes_beside     that `encode_inner` may touch on either side of the source's block
 //     chars_behind     of the source, for whose bytes `decode_inner` may use the room
 //     encode_inner(bytes, text), decode_inner(text, bytes)
-//                      the same, and faster, with such neighbours; not there where they need none
+//                      the same, and faster, with such neighbours; not there where they need none.
+//                      `decode_inner` takes `inner_blocks` at once, and may have written rubbish
+//                      for them where it answers false
 #pragma once
 
 #include "tarvcore/config.h"
@@ -54,8 +56,10 @@ template <class Blocks>
     constexpr unsigned behind = Blocks::chars_behind;
     unsigned done = 0;
     if constexpr (behind != 0) {
-        for (; length - done >= count + behind; done += count, bytes += Blocks::byte_count) {
+        constexpr unsigned inner = Blocks::inner_blocks;
+        for (; length - done >= inner * count + behind; done += inner * count) {
             if (!blocks.decode_inner(text + done, bytes)) return done;
+            bytes += inner * Blocks::byte_count;
         }
     }
     for (; length - done >= count; done += count, bytes += Blocks::byte_count) {
