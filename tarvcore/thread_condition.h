@@ -1,7 +1,7 @@
 // Waiting for what other threads do.
 #pragma once
 
-#include "ace/OS_NS_Thread.h"
+#include "ace/Time_Value.h"
 #include "tarvcore/abs_rel_time.h"
 #include "tarvcore/config.h"
 #include "tarvcore/thread_mutex.h"
@@ -10,15 +10,14 @@ namespace tarvcore {
 
 // A condition variable bound to one mutex, which must outlive it.  Waiting releases the mutex,
 // which the caller holds, and has it again on return.  Threads may wake without a signal: test what
-// is waited for in a loop.  Results are ACE's: 0, or -1 with `errno`.
+// is waited for in a loop.  Results are as ACE's: 0, or -1 with `errno`.
 //
 //     ACE_Guard<ThreadMutex> guard(condition.mutex());
 //     while (queue.empty())
 //         if (condition.wait(deadline) == -1) return timed_out();
 class TARVCORE_API ThreadCondition {
 public:
-    explicit ThreadCondition(ThreadMutex& mutex);
-    ~ThreadCondition();
+    explicit ThreadCondition(ThreadMutex& mutex) : mutex_(mutex) {}
     ThreadCondition(const ThreadCondition&) = delete;
     ThreadCondition& operator=(const ThreadCondition&) = delete;
 
@@ -35,7 +34,10 @@ public:
     ThreadMutex& mutex() { return mutex_; }
 
 private:
-    ACE_cond_t condition_;
+    int sleep(unsigned long milliseconds);
+
+    // The system's own: what ACE makes of semaphores instead loses wake-ups (docs/platform.md).
+    CONDITION_VARIABLE condition_ = CONDITION_VARIABLE_INIT;
     ThreadMutex& mutex_;
 };
 

@@ -72,9 +72,11 @@ TEST(ThreadCondition, WaitsWithoutLimit) {
     ThreadMutex mutex;
     ThreadCondition condition(mutex);
     const ACE_Time_Value* const no_deadline = nullptr;
+    // Each signals and then waits itself, and must not wake by its own signal.
+    constexpr int turns = 2000;
     int turn = 0;
     std::thread other([&] {
-        for (int i = 0; i < 3; ++i) {
+        for (int i = 0; i < turns; ++i) {
             const Guard guard(mutex);
             while (turn % 2 == 0)
                 condition.wait();
@@ -82,16 +84,17 @@ TEST(ThreadCondition, WaitsWithoutLimit) {
             condition.signal();
         }
     });
-    for (int i = 0; i < 3; ++i) {
+    for (int i = 0; i < turns; ++i) {
         const Guard guard(mutex);
         ++turn;
         condition.signal();
         while (turn % 2 == 1)
-            EXPECT_EQ(i == 0 ? condition.wait(AbsoluteTime::infinite) : condition.wait(no_deadline),
-                      0);
+            EXPECT_EQ(
+                i % 2 == 0 ? condition.wait(AbsoluteTime::infinite) : condition.wait(no_deadline),
+                0);
     }
     other.join();
-    EXPECT_EQ(turn, 6);
+    EXPECT_EQ(turn, 2 * turns);
 }
 
 TEST(ThreadCondition, WakesOneOrAll) {
