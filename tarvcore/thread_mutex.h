@@ -40,7 +40,7 @@ private:
     friend class ThreadCondition;
 
     // What ACE locks, and in the same way; its own functions are two calls away.
-    CRITICAL_SECTION* native() { return &mutex_.lock(); }
+    CRITICAL_SECTION* native() { return reinterpret_cast<CRITICAL_SECTION*>(&mutex_); }
 
     ACE_Thread_Mutex mutex_;
 };
