@@ -27,7 +27,8 @@ mapfile -t scripts < <(grep -lE '^#!.*bash' -r scripts .ci tarv)
 # The C++ of README, as a program of its own would have it.
 example_compiles() {
     awk '/^```/ { inside = $0 == "```cpp"; next } inside' README.md |
-        i686-w64-mingw32-g++-posix -std=c++20 -Wall -Wextra -fsyntax-only -I. -x c++ -
+        i686-w64-mingw32-g++-posix -std=c++20 -Wall -Wextra -fsyntax-only -I. \
+            -isystem "$(scripts/library-location.sh ace)/include" -x c++ -
 }
 exports_are_listed() { scripts/exports.sh | diff -u cmake/exports.txt -; }
 
