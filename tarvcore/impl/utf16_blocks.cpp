@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "tarvcore/impl/ssse3_util.h"
 #include "tarvcore/impl/unicode_blocks.h"
@@ -7,8 +8,8 @@
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/utf16_blocks.cpp#1 $");
 
 // How eight units are converted: every unit makes up to three bytes in a lane of four, a surrogate
-// two of its pair's four, and a shuffle moves the bytes together.  No branch depends on how many
-// bytes there are.
+// two of its pair's four, and a shuffle moves the bytes together.  Where no unit makes more than
+// two, lanes of two do.  No other branch depends on how many bytes there are.
 
 namespace tarvcore::impl {
 namespace {
@@ -42,6 +43,24 @@ consteval PackTable make_pack_table() {
 }
 
 alignas(16) constexpr PackTable pack_table = make_pack_table();
+
+// The same for eight lanes of two bytes, of which characters of one byte have the first.  The index
+// has a bit for each of these.
+consteval PackTable make_short_table() {
+    PackTable table{};
+    for (unsigned index = 0; index < 256; ++index) {
+        unsigned length = 0;
+        for (unsigned lane = 0; lane < 8; ++lane) {
+            table.shuffle[index][length++] = static_cast<std::uint8_t>(2 * lane);
+            if ((index >> lane & 1) != 0) continue;
+            table.shuffle[index][length++] = static_cast<std::uint8_t>(2 * lane + 1);
+        }
+        table.length[index] = static_cast<std::uint8_t>(length);
+    }
+    return table;
+}
+
+alignas(16) constexpr PackTable short_table = make_short_table();
 
 TARVCORE_SSSE3_INLINE __m128i units(unsigned value) {
     return _mm_set1_epi16(static_cast<short>(value));
@@ -88,82 +107,116 @@ struct Sequences {
     __m128i three;
 };
 
-TARVCORE_SSSE3_INLINE Sequences sequences(__m128i current) {
+// `value` has the units' bits for their sequences, `short_lead` masks those of at most two bytes,
+// and `marks` are what UTF-8 adds to lead and middle bytes.
+TARVCORE_SSSE3_INLINE Sequences sequences(__m128i current, __m128i value, __m128i short_lead,
+                                          __m128i marks) {
     const __m128i one = have(current, 0xFF80, 0);
-    const __m128i short_lead = have(current, 0xF800, 0);
     const __m128i ones = units(0xFFFF);
-    return {_mm_or_si128(
-                _mm_or_si128(bits(_mm_slli_epi16(current, 2), 0x3F00), _mm_srli_epi16(current, 12)),
-                select(short_lead, units(0xC000), units(0x80E0))),
-            select(one, current, _mm_or_si128(bits(current, 0x3F), units(0x80))),
-            _mm_xor_si128(one, ones), _mm_xor_si128(short_lead, ones)};
+    return {
+        _mm_or_si128(
+            _mm_or_si128(bits(_mm_slli_epi16(value, 2), 0x3F00), _mm_srli_epi16(value, 12)), marks),
+        select(one, current, _mm_or_si128(bits(value, 0x3F), units(0x80))),
+        _mm_xor_si128(one, ones), _mm_xor_si128(short_lead, ones)};
+}
+
+TARVCORE_SSSE3_INLINE Sequences sequences(__m128i current) {
+    const __m128i short_lead = have(current, 0xF800, 0);
+    return sequences(current, current, short_lead,
+                     select(short_lead, units(0xC000), units(0x80E0)));
 }
 
 // The same where some are surrogates.  The high one makes the first two bytes of the four, the low
 // one the others.
 TARVCORE_SSSE3_INLINE Sequences sequences_with_surrogates(const Pairs& pairs) {
-    Sequences all = sequences(pairs.current);
     const __m128i high = have(pairs.current, 0xFC00, 0xD800);
     const __m128i low = have(pairs.current, 0xFC00, 0xDC00);
-    // Ten bits of the pair's twenty, and U+10000 added.
-    const __m128i top = _mm_add_epi16(bits(pairs.current, 0x03FF), units(0x40));
-    const __m128i high_middle = _mm_or_si128(bits(top, 0x0700), units(0xF000));
-    const __m128i high_last = _mm_or_si128(bits(_mm_srli_epi16(top, 2), 0x3F), units(0x80));
-    const __m128i low_middle =
-        _mm_or_si128(_mm_or_si128(bits(_mm_slli_epi16(pairs.before, 12), 0x3000),
-                                  bits(_mm_slli_epi16(pairs.current, 2), 0x0F00)),
-                     units(0x8000));
-    all.lead_and_middle = select(high, high_middle, select(low, low_middle, all.lead_and_middle));
-    all.last = select(high, high_last, all.last);
-    all.three = _mm_andnot_si128(surrogates(pairs.current), all.three);
-    return all;
+    // Ten bits of the pair's twenty, and U+10000 added.  The last two go to the low one.
+    const __m128i ten = bits(pairs.current, 0x03FF);
+    const __m128i of_high = _mm_srli_epi16(_mm_add_epi16(ten, units(0x40)), 2);
+    const __m128i of_low = _mm_or_si128(bits(_mm_slli_epi16(pairs.before, 10), 0x0C00), ten);
+    const __m128i value = select(high, of_high, select(low, of_low, pairs.current));
+    const __m128i short_lead =
+        _mm_or_si128(_mm_or_si128(high, low), have(pairs.current, 0xF800, 0));
+    // 0xF0 in place of 0xC0 for the high one, and 0x80 for the low one.
+    const __m128i marks = _mm_xor_si128(select(short_lead, units(0xC000), units(0x80E0)),
+                                        _mm_or_si128(bits(high, 0x3000), bits(low, 0x4000)));
+    return sequences(pairs.current, value, short_lead, marks);
 }
 
-// Writes four units' sequences, moved together, as far as there is room, and answers how long they
-// are.  More is written where there is room for a whole vector.
-TARVCORE_SSSE3_INLINE unsigned store_packed(__m128i lanes, unsigned index, char* destination,
-                                            unsigned room) {
-    const __m128i packed = _mm_shuffle_epi8(lanes, load(pack_table.shuffle[index]));
+// Writes lanes, moved together, as far as there is room, and answers how long they are.  More is
+// written where there is room for a whole vector.
+TARVCORE_SSSE3_INLINE unsigned store_packed(__m128i lanes, const PackTable& table, unsigned index,
+                                            char* destination, unsigned room) {
+    const __m128i packed = _mm_shuffle_epi8(lanes, load(table.shuffle[index]));
     if (room >= 16) {
         store(destination, packed);
-        return pack_table.length[index];
+        return table.length[index];
     }
-    const unsigned length = std::min<unsigned>(pack_table.length[index], room);
+    const unsigned length = std::min<unsigned>(table.length[index], room);
     store_part(destination, packed, length);
     return length;
-}
-
-// For the first four units a bit each where they make two bytes, and again where they make three;
-// then the same for the last four.
-TARVCORE_SSSE3_INLINE unsigned pack_indices(const Sequences& made) {
-    return static_cast<unsigned>(_mm_movemask_epi8(
-        _mm_shuffle_epi32(_mm_packs_epi16(made.two, made.three), _MM_SHUFFLE(3, 1, 2, 0))));
 }
 
 // What eight units can touch: what the first four make, and a whole vector.
 constexpr unsigned ample_room = 4 * 3 + 16;
 
-// Writes eight units' sequences where there is ample room, and answers their length.
-TARVCORE_SSSE3_INLINE unsigned put(const Sequences& made, char* destination) {
-    const unsigned index = pack_indices(made);
+// Where sequences go.  The functions that put them there answer their length; or 0, with nothing
+// written, where that is more than there is room for, which is looked at only if the room may be
+// less than ample.  The last units of a block may be zeros that fill it up: they are not wanted.
+template <bool is_ample>
+struct Room {
+    char* begin;
+    unsigned size = ample_room;
+    unsigned zeros = 0;
+
+    TARVCORE_SSSE3_INLINE bool lacks(unsigned length) const { return !is_ample && length > size; }
+    TARVCORE_SSSE3_INLINE unsigned behind(unsigned length) const {
+        return is_ample ? ample_room : size - length;
+    }
+};
+
+// Puts eight units' sequences.
+template <bool is_ample>
+TARVCORE_SSSE3_INLINE unsigned put_sequences(const Sequences& made, const Room<is_ample>& room) {
+    // For the first four units a bit each where they make two bytes, and again where they make
+    // three; then the same for the last four.
+    const auto index = static_cast<unsigned>(_mm_movemask_epi8(
+        _mm_shuffle_epi32(_mm_packs_epi16(made.two, made.three), _MM_SHUFFLE(3, 1, 2, 0))));
+    const unsigned length =
+        pack_table.length[index & 0xFF] + pack_table.length[index >> 8] - room.zeros;
+    if (room.lacks(length)) return 0;
     const unsigned first = store_packed(_mm_unpacklo_epi16(made.lead_and_middle, made.last),
-                                        index & 0xFF, destination, ample_room);
-    return first + store_packed(_mm_unpackhi_epi16(made.lead_and_middle, made.last), index >> 8,
-                                destination + first, ample_room);
+                                        pack_table, index & 0xFF, room.begin, room.behind(0));
+    store_packed(_mm_unpackhi_epi16(made.lead_and_middle, made.last), pack_table, index >> 8,
+                 room.begin + first, room.behind(first));
+    return length;
 }
 
-// The same where there may be less; 0, and nothing written, where it is too little.  The last units
-// may be zeros that fill up the block: they are not wanted.
-TARVCORE_SSSE3_INLINE unsigned put_last(const Sequences& made, unsigned zeros, char* destination,
-                                        unsigned room) {
-    const unsigned index = pack_indices(made);
-    const unsigned length = pack_table.length[index & 0xFF] + pack_table.length[index >> 8] - zeros;
-    if (length > room) return 0;
-    const unsigned first = store_packed(_mm_unpacklo_epi16(made.lead_and_middle, made.last),
-                                        index & 0xFF, destination, room);
-    store_packed(_mm_unpackhi_epi16(made.lead_and_middle, made.last), index >> 8,
-                 destination + first, room - first);
+// The same for units that make up to two bytes.
+template <bool is_ample>
+TARVCORE_SSSE3_INLINE unsigned put_short(__m128i current, const Room<is_ample>& room) {
+    const __m128i one = have(current, 0xFF80, 0);
+    const __m128i two = _mm_or_si128(
+        _mm_or_si128(_mm_srli_epi16(current, 6), _mm_slli_epi16(bits(current, 0x3F), 8)),
+        units(0x80C0));
+    const auto index =
+        static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(one, _mm_setzero_si128())));
+    const unsigned length = short_table.length[index] - room.zeros;
+    if (room.lacks(length)) return 0;
+    store_packed(select(one, current, two), short_table, index, room.begin, room.behind(0));
     return length;
+}
+
+TARVCORE_SSSE3_INLINE bool all_below(unsigned limit, __m128i current) {
+    return _mm_movemask_epi8(have(current, ~(limit - 1), 0)) == 0xFFFF;
+}
+
+// The same for any units that are no surrogates.
+template <bool is_ample>
+TARVCORE_SSSE3_INLINE unsigned put_plain(__m128i current, const Room<is_ample>& room) {
+    return all_below(0x800, current) ? put_short(current, room)
+                                     : put_sequences(sequences(current), room);
 }
 
 // Lanes of the lower halves of code points; false where one is above U+FFFF.
@@ -182,14 +235,9 @@ TARVCORE_SSSE3_INLINE bool suspicious(__m128i current) {
     return _mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) != 0xFFFF;
 }
 
-TARVCORE_SSSE3_INLINE bool all_ascii(__m128i current) {
-    return _mm_movemask_epi8(have(current, 0xFF80, 0)) == 0xFFFF;
-}
-
-// Four code points in 32-bit lanes; 0, and nothing written, where there is no room for them or one
-// is not to be had.
-TARVCORE_SSSE3_INLINE unsigned put_wide(const std::uint32_t* source, char* destination,
-                                        unsigned room) {
+// Puts four code points in 32-bit lanes; 0, too, where one is not to be had.
+template <bool is_ample>
+TARVCORE_SSSE3_INLINE unsigned put_wide(const std::uint32_t* source, const Room<is_ample>& room) {
     const __m128i c = load(source);
     const __m128i bad = _mm_or_si128(
         _mm_or_si128(_mm_cmpeq_epi32(_mm_srli_epi32(c, 11), _mm_set1_epi32(0xD800 >> 11)),
@@ -217,10 +265,63 @@ TARVCORE_SSSE3_INLINE unsigned put_wide(const std::uint32_t* source, char* desti
     const auto index =
         static_cast<unsigned>((_mm_movemask_ps(_mm_castsi128_ps(neither)) ^ 0xF) |
                               (_mm_movemask_ps(_mm_castsi128_ps(short_lead)) ^ 0xF) << 4);
-    const unsigned length = pack_table.length[index];
-    if (length > room) return 0;
-    return store_packed(lanes, index, destination, room);
+    if (room.lacks(pack_table.length[index])) return 0;
+    return store_packed(lanes, pack_table, index, room.begin, room.behind(0));
 }
+
+// Puts the first code points: eight, or four if one of these is above U+FFFF; none where one is not
+// to be had or they lack room.
+template <bool is_ample>
+TARVCORE_SSSE3_INLINE BlockProgress put_code_points(const std::uint32_t* source,
+                                                    const Room<is_ample>& room) {
+    __m128i narrowed;
+    if (!narrow(source, &narrowed)) {
+        const unsigned made = put_wide(source, room);
+        return {made != 0 ? block / 2 : 0, made};
+    }
+    if (suspicious(narrowed) && any(_mm_or_si128(forbidden(narrowed), surrogates(narrowed)))) {
+        return {0, 0};
+    }
+    const unsigned made = put_plain(narrowed, room);
+    return {made != 0 ? block : 0, made};
+}
+
+// A text of UTF-16 whose blocks are converted one after the other.
+class Utf16Text {
+public:
+    // Puts eight units; 0, too, where one is not to be had.
+    template <bool is_ample>
+    TARVCORE_SSSE3_INLINE unsigned put(__m128i current, const Room<is_ample>& room) {
+        const __m128i before = std::exchange(before_, current);
+        if (!is_pending_ && !suspicious(current)) {
+            // Where there is ample room, `put_short_ones` has taken most of those.
+            return is_ample ? put_sequences(sequences(current), room) : put_plain(current, room);
+        }
+        const Pairs pairs = {current, _mm_alignr_epi8(current, before, 14)};
+        if (any(_mm_or_si128(forbidden(current), unpaired(pairs)))) return 0;
+        is_pending_ = is_high_surrogate(static_cast<unsigned>(_mm_extract_epi16(current, 7)));
+        return put_sequences(sequences_with_surrogates(pairs), room);
+    }
+
+    // Puts sixteen units that make up to two bytes; 0 where others are among them.
+    TARVCORE_SSSE3_INLINE unsigned put_short_ones(__m128i current, __m128i next,
+                                                  char* destination) {
+        const __m128i both = _mm_or_si128(current, next);
+        if (!all_below(0x800, both) || is_pending_) return 0;
+        before_ = next;
+        // Eight of ASCII alone are not worth a branch that would often go wrong.
+        if (all_below(0x80, both)) {
+            store(destination, _mm_packus_epi16(current, next));
+            return 16;
+        }
+        const unsigned first = put_short(current, Room<true>{destination});
+        return first + put_short(next, Room<true>{destination + first});
+    }
+
+private:
+    __m128i before_ = _mm_setzero_si128();
+    bool is_pending_ = false;  // the last unit is a high surrogate
+};
 
 // What has been taken, less a high surrogate at the end, which has not met its low one.
 TARVCORE_SSSE3_INLINE BlockProgress whole_characters(const Utf16Unit* source, unsigned read,
@@ -235,43 +336,29 @@ TARVCORE_SSSE3 BlockProgress convert_utf16_blocks_to_utf8(const Utf16Unit* sourc
                                                           char* destination, unsigned capacity) {
     unsigned read = 0;
     unsigned written = 0;
-    __m128i previous = _mm_setzero_si128();
-    // Whether the last unit read is a high surrogate.
-    bool pending = false;
-    while (length - read >= 2 * block && capacity - written >= ample_room) {
+    Utf16Text text;
+    // Sixteen short units can touch two vectors.
+    while (length - read >= 2 * block && capacity - written >= 2 * 16) {
         const __m128i current = load(source + read);
-        if (!pending && !suspicious(current)) {
-            const __m128i next = load(source + read + block);
-            // A single block of ASCII is not worth a branch that would often go wrong.
-            if (all_ascii(_mm_or_si128(current, next))) {
-                store(destination + written, _mm_packus_epi16(current, next));
-                read += 2 * block;
-                written += 2 * block;
-                previous = next;
-                continue;
-            }
-            written += put(sequences(current), destination + written);
-        } else {
-            const Pairs pairs = {current, _mm_alignr_epi8(current, previous, 14)};
-            if (any(_mm_or_si128(forbidden(current), unpaired(pairs)))) break;
-            written += put(sequences_with_surrogates(pairs), destination + written);
-            pending = is_high_surrogate(source[read + block - 1]);
+        const __m128i next = load(source + read + block);
+        if (const unsigned made = text.put_short_ones(current, next, destination + written)) {
+            read += 2 * block;
+            written += made;
+            continue;
         }
+        const unsigned made = text.put(current, Room<true>{destination + written});
+        if (made == 0) return whole_characters(source, read, written);
         read += block;
-        previous = current;
+        written += made;
     }
     while (read < length) {
         const unsigned taken = std::min(length - read, block);
         // The last block is filled up with zeros.
-        const __m128i current = load_part(source + read, 2 * taken);
-        const Pairs pairs = {current, _mm_alignr_epi8(current, previous, 14)};
-        if (any(_mm_or_si128(forbidden(current), unpaired(pairs)))) break;
-        const unsigned made = put_last(sequences_with_surrogates(pairs), block - taken,
-                                       destination + written, capacity - written);
+        const Room<false> room = {destination + written, capacity - written, block - taken};
+        const unsigned made = text.put(load_part(source + read, 2 * taken), room);
         if (made == 0) break;
-        written += made;
         read += taken;
-        previous = current;
+        written += made;
     }
     return whole_characters(source, read, written);
 }
@@ -282,48 +369,45 @@ TARVCORE_SSSE3 BlockProgress convert_ucs4_blocks_to_utf8(const std::uint32_t* so
     unsigned read = 0;
     unsigned written = 0;
     while (length - read >= block) {
+        char* const begin = destination + written;
         const unsigned room = capacity - written;
-        __m128i current;
-        if (narrow(source + read, &current)) {
-            if (suspicious(current) && any(_mm_or_si128(forbidden(current), surrogates(current)))) {
-                break;
-            }
-            const unsigned made =
-                room >= ample_room ? put(sequences(current), destination + written)
-                                   : put_last(sequences(current), 0, destination + written, room);
-            if (made == 0) break;
-            written += made;
-            read += block;
-        } else {
-            const unsigned made = put_wide(source + read, destination + written, room);
-            if (made == 0) break;
-            written += made;
-            read += block / 2;
-        }
+        const BlockProgress put = room >= ample_room
+                                      ? put_code_points(source + read, Room<true>{begin})
+                                      : put_code_points(source + read, Room<false>{begin, room});
+        if (put.read == 0) break;
+        read += put.read;
+        written += put.written;
     }
     return {read, written};
 }
 
 TARVCORE_SSSE3 BlockProgress count_utf16_blocks_as_utf8(const Utf16Unit* source, unsigned length,
                                                         unsigned capacity) {
+    // No unit makes more than three bytes, and no lane counts further than this.
+    constexpr unsigned most_blocks = 0x7FFF / 2;
+    const unsigned end = std::min({length, capacity / 3, most_blocks * block});
     unsigned read = 0;
-    unsigned written = 0;
     __m128i previous = _mm_setzero_si128();
-    while (length - read >= block && capacity - written >= 3 * block) {
+    bool is_pending = false;
+    // Every mask is -1 in its lane: three bytes, less one where a surrogate or a short lead is,
+    // less another one for ASCII.
+    __m128i fewer = _mm_setzero_si128();
+    for (; end - read >= block; read += block) {
         const __m128i current = load(source + read);
-        const Pairs pairs = {current, _mm_alignr_epi8(current, previous, 14)};
-        if (any(_mm_or_si128(forbidden(current), unpaired(pairs)))) break;
-        // Every mask is -1 in its lane: three bytes, less one where a surrogate or a short lead is,
-        // less another one for ASCII.
-        const __m128i fewer = _mm_add_epi16(
-            _mm_or_si128(surrogates(current), have(current, 0xF800, 0)), have(current, 0xFF80, 0));
-        const __m128i sums = _mm_sad_epu8(
-            _mm_sub_epi8(_mm_setzero_si128(), _mm_packs_epi16(fewer, fewer)), _mm_setzero_si128());
-        written += 3 * block - static_cast<unsigned>(_mm_cvtsi128_si32(sums));
-        read += block;
+        __m128i not_three = have(current, 0xF800, 0);
+        if (is_pending || suspicious(current)) {
+            const Pairs pairs = {current, _mm_alignr_epi8(current, previous, 14)};
+            if (any(_mm_or_si128(forbidden(current), unpaired(pairs)))) break;
+            is_pending = is_high_surrogate(source[read + block - 1]);
+            not_three = _mm_or_si128(not_three, surrogates(current));
+        }
+        fewer = _mm_add_epi16(fewer, _mm_add_epi16(not_three, have(current, 0xFF80, 0)));
         previous = current;
     }
-    return whole_characters(source, read, written);
+    const __m128i halves = _mm_madd_epi16(fewer, units(0xFFFF));
+    const __m128i pairs = _mm_add_epi32(halves, _mm_srli_si128(halves, 8));
+    const __m128i sum = _mm_add_epi32(pairs, _mm_srli_si128(pairs, 4));
+    return whole_characters(source, read, 3 * read - static_cast<unsigned>(_mm_cvtsi128_si32(sum)));
 }
 
 }  // namespace tarvcore::impl

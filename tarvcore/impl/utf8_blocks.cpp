@@ -9,6 +9,7 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/utf8_blocks.cpp#1 $");
 // How a block of 16 bytes is converted: every byte is treated as if it were the last one of its
 // character, which it makes up together with the three bytes in front of it.  Bytes that are not
 // the last ones are dropped by a shuffle at the end.  No branch depends on where characters begin.
+// ASCII alone, and characters of up to two bytes, go a shorter way.
 
 namespace tarvcore::impl {
 namespace {
@@ -53,6 +54,11 @@ TARVCORE_SSSE3_INLINE __m128i at_least(__m128i value, int limit) {
     return _mm_cmpeq_epi8(_mm_max_epu8(value, bytes(limit)), value);
 }
 
+// Whether any byte is; the limit is above 0x80.
+TARVCORE_SSSE3_INLINE bool has_any(__m128i value, int limit) {
+    return _mm_movemask_epi8(_mm_subs_epu8(value, bytes(limit - 0x80))) != 0;
+}
+
 TARVCORE_SSSE3_INLINE __m128i is_continuation(__m128i value) {
     return _mm_cmplt_epi8(value, bytes(0xC0));
 }
@@ -88,11 +94,13 @@ struct Neighbours {
     __m128i before_1;
     __m128i before_2;
     __m128i before_3;
+    __m128i greatest;  // have each of them in one lane or another
 };
 
 TARVCORE_SSSE3_INLINE Neighbours neighbours(__m128i current, __m128i previous) {
+    const __m128i before_3 = _mm_alignr_epi8(current, previous, 13);
     return {current, _mm_alignr_epi8(current, previous, 15), _mm_alignr_epi8(current, previous, 14),
-            _mm_alignr_epi8(current, previous, 13)};
+            before_3, _mm_max_epu8(current, before_3)};
 }
 
 // Not zero where something is wrong, or might be.
@@ -112,6 +120,18 @@ TARVCORE_SSSE3_INLINE __m128i faults(const Neighbours& n) {
     const __m128i suspect = _mm_and_si128(_mm_cmpeq_epi8(n.before_2, bytes(0xEF)),
                                           _mm_cmpgt_epi8(n.current, bytes(0xBD)));
     return _mm_or_si128(_mm_xor_si128(pairs, required), suspect);
+}
+
+// Whether only ASCII and sequences of two bytes are among them.
+TARVCORE_SSSE3_INLINE bool are_short(const Neighbours& n) {
+    return !has_any(n.greatest, 0xE0);
+}
+
+// The same for these.
+TARVCORE_SSSE3_INLINE __m128i short_faults(const Neighbours& n) {
+    const __m128i unmet = _mm_xor_si128(is_continuation(n.current), at_least(n.before_1, 0xC0));
+    const __m128i overlong = _mm_cmpeq_epi8(_mm_and_si128(n.current, bytes(0xFE)), bytes(0xC0));
+    return _mm_or_si128(unmet, overlong);
 }
 
 // Not zero where a block ends within a character.
@@ -138,8 +158,14 @@ TARVCORE_SSSE3_INLINE CodePoints code_points(const Neighbours& n) {
             _mm_or_si128(right<2>(second, 0x0F), left<4>(third, 0xF0))};
 }
 
+TARVCORE_SSSE3_INLINE CodePoints short_code_points(const Neighbours& n) {
+    const __m128i second = _mm_and_si128(n.before_1, is_continuation(n.current));
+    return {_mm_or_si128(_mm_and_si128(n.current, bytes(0x7F)), left<6>(second, 0xC0)),
+            right<2>(second, 0x07)};
+}
+
 TARVCORE_SSSE3_INLINE bool has_long_sequence(const Neighbours& n) {
-    return _mm_movemask_epi8(at_least(_mm_max_epu8(n.before_2, n.before_3), 0xF0)) != 0;
+    return has_any(n.greatest, 0xF0);
 }
 
 // The destinations.  `dropped` masks the bytes with which no unit ends.  `put` writes the units of
@@ -176,10 +202,21 @@ struct ToUtf16 {
             high =
                 select(fourth, _mm_or_si128(_mm_and_si128(high, bytes(0x03)), bytes(0xDC)), high);
         }
-        const __m128i first =
-            _mm_add_epi16(_mm_unpacklo_epi8(low, high), _mm_unpacklo_epi8(bias_low, bias_high));
-        const __m128i last =
-            _mm_add_epi16(_mm_unpackhi_epi8(low, high), _mm_unpackhi_epi8(bias_low, bias_high));
+        put_units(
+            _mm_add_epi16(_mm_unpacklo_epi8(low, high), _mm_unpacklo_epi8(bias_low, bias_high)),
+            _mm_add_epi16(_mm_unpackhi_epi8(low, high), _mm_unpackhi_epi8(bias_low, bias_high)),
+            drop, destination, room);
+    }
+
+    TARVCORE_SSSE3_INLINE static void put_short(const Neighbours& n, unsigned drop,
+                                                Utf16Unit* destination, unsigned room) {
+        const auto [low, high] = short_code_points(n);
+        put_units(_mm_unpacklo_epi8(low, high), _mm_unpackhi_epi8(low, high), drop, destination,
+                  room);
+    }
+
+    TARVCORE_SSSE3_INLINE static void put_units(__m128i first, __m128i last, unsigned drop,
+                                                Utf16Unit* destination, unsigned room) {
         const unsigned count = store_kept(first, drop_of_8, drop & 0xFF, destination, room);
         store_kept(last, drop_of_8, drop >> 8, destination + count, room - count);
     }
@@ -211,6 +248,18 @@ struct ToUcs4 {
         const __m128i top =
             _mm_and_si128(at_least(n.before_3, 0xF0),
                           _mm_or_si128(right<4>(n.before_2, 0x03), left<2>(n.before_3, 0x1C)));
+        put_units(low, high, top, drop, destination, room);
+    }
+
+    TARVCORE_SSSE3_INLINE static void put_short(const Neighbours& n, unsigned drop,
+                                                std::uint32_t* destination, unsigned room) {
+        const auto [low, high] = short_code_points(n);
+        put_units(low, high, _mm_setzero_si128(), drop, destination, room);
+    }
+
+    TARVCORE_SSSE3_INLINE static void put_units(__m128i low, __m128i high, __m128i top,
+                                                unsigned drop, std::uint32_t* destination,
+                                                unsigned room) {
         const __m128i zero = _mm_setzero_si128();
         const __m128i first_low = _mm_unpacklo_epi8(low, high);
         const __m128i first_high = _mm_unpacklo_epi8(top, zero);
@@ -228,6 +277,10 @@ struct ToUcs4 {
 
     static constexpr unsigned written_of_unfinished = 0;
 };
+
+TARVCORE_SSSE3_INLINE unsigned kept_bytes(unsigned drop) {
+    return drop_of_8.kept[drop & 0xFF] + drop_of_8.kept[drop >> 8];
+}
 
 // With `counting`, nothing is written.
 template <class Destination, bool counting>
@@ -248,12 +301,23 @@ TARVCORE_SSSE3_INLINE BlockProgress convert_blocks(const char* source, unsigned 
             written += block;
         } else {
             const Neighbours n = neighbours(current, previous);
-            if (any(faults(n))) break;
-            const auto drop = static_cast<unsigned>(_mm_movemask_epi8(Destination::dropped(n)));
-            const unsigned made =
-                drop_of_8.kept[drop & 0xFF] + drop_of_8.kept[drop >> 8] - (block - taken);
-            if (made > room) break;
-            if constexpr (!counting) Destination::put(n, drop, destination + written, room);
+            unsigned made = 0;
+            if (are_short(n)) {
+                if (any(short_faults(n))) break;
+                const auto drop =
+                    static_cast<unsigned>(_mm_movemask_epi8(at_least(n.current, 0xC0)));
+                made = kept_bytes(drop) - (block - taken);
+                if (made > room) break;
+                if constexpr (!counting) {
+                    Destination::put_short(n, drop, destination + written, room);
+                }
+            } else {
+                if (any(faults(n))) break;
+                const auto drop = static_cast<unsigned>(_mm_movemask_epi8(Destination::dropped(n)));
+                made = kept_bytes(drop) - (block - taken);
+                if (made > room) break;
+                if constexpr (!counting) Destination::put(n, drop, destination + written, room);
+            }
             written += made;
         }
         read += taken;
