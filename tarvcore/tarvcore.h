@@ -14,6 +14,7 @@
 #include "tarvcore/error_params.h"
 #include "tarvcore/exception_types.h"
 #include "tarvcore/message_template.h"
+#include "tarvcore/murmur_hash.h"
 #include "tarvcore/os_error.h"
 #include "tarvcore/priority.h"
 #include "tarvcore/process_info.h"

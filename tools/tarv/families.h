@@ -24,6 +24,7 @@ Verbs datetime_verbs();
 Verbs encode_verbs();
 Verbs decode_verbs();
 Verbs text_verbs();
+Verbs hash_verbs();
 Verbs error_verbs();
 Verbs env_verbs();
 Verbs random_verbs();

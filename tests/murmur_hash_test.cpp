@@ -1,0 +1,162 @@
+// Faults to catch: a step other than the published one; a tail of the wrong bytes; bytes lost or
+// taken twice where pieces meet; reading beyond the input; a seed that is the same in every
+// process.
+
+#include "tarvcore/murmur_hash.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <utility>
+
+#include "tests/support/allocations.h"
+#include "tests/support/child_process.h"
+#include "tests/support/guarded_memory.h"
+#include "tests/support/trials.h"
+
+namespace {
+
+using namespace tarvcore;
+
+// The published algorithm, byte by byte.
+std::uint32_t model(std::uint32_t seed, const std::string& bytes) {
+    const auto scrambled = [](std::uint32_t k) {
+        k *= 0xcc9e2d51;
+        k = k << 15 | k >> 17;
+        return k * 0x1b873593;
+    };
+    std::uint32_t h = seed;
+    std::uint32_t k = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        k |= std::uint32_t{static_cast<unsigned char>(bytes[i])} << i % 4 * 8;
+        if (i % 4 != 3) continue;
+        h ^= scrambled(k);
+        h = (h << 13 | h >> 19) * 5 + 0xe6546b64;
+        k = 0;
+    }
+    h ^= scrambled(k);
+    h ^= bytes.size();
+    h = (h ^ h >> 16) * 0x85ebca6b;
+    h = (h ^ h >> 13) * 0xc2b2ae35;
+    return h ^ h >> 16;
+}
+
+std::uint32_t digest(std::uint32_t seed, const std::string& bytes) {
+    return MurmurHashContext(seed).update(bytes.data(), bytes.size()).calculate_digest();
+}
+
+TEST(MurmurHash, PublishedVectors) {
+    const struct {
+        std::string bytes;
+        std::uint32_t seed;
+        std::uint32_t hash;
+    } rows[] = {
+        {"", 0, 0},
+        {"", 1, 0x514E28B7},
+        {"", 0xFFFFFFFF, 0x81F16F39},
+        {std::string(4, '\0'), 0, 0x2362F9DE},
+        {std::string(1, '\0'), 0, 0x514E28B7},
+        {"\xFF\xFF\xFF\xFF", 0, 0x76293B50},
+        {"\x21\x43\x65\x87", 0, 0xF55B516B},
+        {"\x21\x43\x65\x87", 0x5082EDEE, 0x2362F9DE},
+        {"\x21\x43\x65", 0, 0x7E4A8634},
+        {"aaaa", 0x9747B28C, 0x5A97808A},
+        {"abc", 0x9747B28C, 0xC84A62DD},
+        {"Hello, world!", 0x9747B28C, 0x24884CBA},
+        {"The quick brown fox jumps over the lazy dog", 0x9747B28C, 0x2FA826CD},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(digest(row.seed, row.bytes), row.hash) << row.bytes;
+        EXPECT_EQ(model(row.seed, row.bytes), row.hash) << row.bytes;
+    }
+}
+
+// The seed of the process, found by what it makes of nothing: all steps of the end can be undone.
+std::uint32_t seed_of(std::uint32_t hash_of_nothing) {
+    const auto inverse = [](std::uint32_t odd) {
+        std::uint32_t x = odd;
+        for (int i = 0; i < 5; ++i)
+            x *= 2 - odd * x;
+        return x;
+    };
+    std::uint32_t h = hash_of_nothing;
+    h ^= h >> 16;
+    h *= inverse(0xc2b2ae35);
+    h ^= h >> 13 ^ h >> 26;
+    h *= inverse(0x85ebca6b);
+    return h ^ h >> 16;
+}
+
+TEST(MurmurHash, IsTheModelForEveryLengthAndCutAndAlignment) {
+    const std::uint32_t seed = seed_of(murmur_hash("", 0));
+    ASSERT_NE(seed, 0u);
+    const tarv_test::GuardedMemory memory(4096);
+    std::mt19937 random(73);
+    for (unsigned trial = 0; trial < tarv_test::trials(4000); ++trial) {
+        std::string bytes(random() % (trial % 100 == 0 ? 2000 : 40), '\0');
+        for (char& byte : bytes)
+            byte = static_cast<char>(random());
+        // Every alignment, with what must not be read right behind or right before it.
+        char* input = memory.before_guard(bytes.size());
+        if (trial % 2 == 0) input = memory.after_guard();
+        bytes.copy(input, bytes.size());
+
+        ASSERT_EQ(murmur_hash(input, bytes.size()), model(seed, bytes)) << bytes.size();
+        ASSERT_EQ(murmur_hash(reinterpret_cast<const wchar_t*>(input), bytes.size() / 2),
+                  model(seed, bytes.substr(0, bytes.size() / 2 * 2)));
+
+        MurmurHashContext context;
+        for (unsigned done = 0; done != bytes.size();) {
+            const unsigned size = std::min<unsigned>(random() % 18, bytes.size() - done);
+            if (size % 2 == 0) {
+                context.update(reinterpret_cast<const wchar_t*>(input + done), size / 2);
+            } else {
+                context.update(input + done, size);
+            }
+            done += size;
+            ASSERT_EQ(context.calculate_digest(), model(seed, bytes.substr(0, done)))
+                << "cut at " << done << " by " << size;
+        }
+        context.reset();
+        ASSERT_EQ(context.calculate_digest(), model(seed, ""));
+    }
+}
+
+TEST(MurmurHashContext, CopiesGoTheirOwnWays) {
+    MurmurHashContext first(7);
+    first.update("abcde", 5);
+    MurmurHashContext second(first);
+    first.update("f", 1);
+    second.update("g", 1);
+    EXPECT_EQ(first.calculate_digest(), digest(7, "abcdef"));
+    EXPECT_EQ(second.calculate_digest(), digest(7, "abcdeg"));
+    second = first;
+    EXPECT_EQ(second.update("h", 1).calculate_digest(), digest(7, "abcdefh"));
+    second.reset();
+    EXPECT_EQ(second.update("i", 1).calculate_digest(), digest(7, "i"));
+    MurmurHashContext third(std::move(first));
+    EXPECT_EQ(third.calculate_digest(), digest(7, "abcdef"));
+}
+
+TEST(MurmurHashContext, GoesWithoutMemory) {
+    tarv_test::AllocationWatch watch;
+    watch.fail_from(0);
+    MurmurHashContext empty(7);
+    MurmurHashContext copy(empty.update("abc", 3));
+    watch.fail_none();
+    copy.reset();
+    EXPECT_EQ(copy.update("abc", 3).calculate_digest(), 0u);
+    copy = MurmurHashContext(7);
+    EXPECT_EQ(copy.update("abc", 3).calculate_digest(), digest(7, "abc"));
+}
+
+TEST(MurmurHash, HasAnotherSeedInAnotherProcess) {
+    const auto first = tarv_test::run_program(L"murmur_hash_child.exe", {});
+    const auto second = tarv_test::run_program(L"murmur_hash_child.exe", {});
+    EXPECT_EQ(first.status, 0u);
+    EXPECT_FALSE(first.output.empty());
+    EXPECT_NE(first.output, second.output);
+}
+
+}  // namespace
