@@ -144,6 +144,38 @@ TEST_F(UnicodeKernels, SeeTheEndOfTheSource) {
     }
 }
 
+// Any first byte with seconds of every kind around a block's end, where blocks of every kind meet.
+TEST_F(UnicodeKernels, SeeABadSequenceAcrossBlocks) {
+    const std::string befores[] = {"a", oracle_utf8(0xE9), oracle_utf8(0x6F22),
+                                   oracle_utf8(0x1F600)};
+    const std::string afters[] = {"a", oracle_utf8(0xE9),
+                                  "\x80"
+                                  "a",
+                                  "\x80\x80"
+                                  "a"};
+    const auto append = [](Bytes& text, const std::string& more) {
+        text.insert(text.end(), more.begin(), more.end());
+    };
+    for (unsigned pair = 0; pair < 256 * 8 && !HasFatalFailure(); ++pair) {
+        const char first = static_cast<char>(pair / 8);
+        const char second = "\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0"[pair % 8];
+        for (const std::string& before : befores) {
+            for (const std::string& after : afters) {
+                Bytes text(pair % 3, 'b');
+                while (text.size() + before.size() <= 15)
+                    append(text, before);
+                text.resize(15, 'b');
+                text.push_back(first);
+                text.push_back(second);
+                append(text, after);
+                text.resize(40, 'c');
+                check<std::uint16_t>(source_memory_, destination_memory_, text, 40);
+                check<std::uint32_t>(source_memory_, destination_memory_, text, 40);
+            }
+        }
+    }
+}
+
 // Every UTF-16 unit at every place of a block, alone and followed by units of each kind.
 TEST_F(UnicodeKernels, KnowEveryUtf16Unit) {
     const std::uint16_t others[] = {'a', 0xE9, 0x4E00, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xFEFF};

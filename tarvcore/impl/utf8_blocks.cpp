@@ -127,10 +127,11 @@ TARVCORE_SSSE3_INLINE bool are_short(const Neighbours& n) {
     return !has_any(n.greatest, 0xE0);
 }
 
-// The same for these.
+// `faults` for these.  A lead byte is looked at together with what follows, as there: the block in
+// front may have gone either way.
 TARVCORE_SSSE3_INLINE __m128i short_faults(const Neighbours& n) {
     const __m128i unmet = _mm_xor_si128(is_continuation(n.current), at_least(n.before_1, 0xC0));
-    const __m128i overlong = _mm_cmpeq_epi8(_mm_and_si128(n.current, bytes(0xFE)), bytes(0xC0));
+    const __m128i overlong = _mm_cmpeq_epi8(_mm_and_si128(n.before_1, bytes(0xFE)), bytes(0xC0));
     return _mm_or_si128(unmet, overlong);
 }
 
