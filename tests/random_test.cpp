@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "tarvcore/impl/random_generator.h"
+#include "tarvcore/impl/simd_level.h"
 #include "tests/support/guarded_memory.h"
 
 namespace {
@@ -104,7 +105,16 @@ TEST(Random, ModelIsTheMersenneTwister) {
     }
 }
 
-TEST(Random, DrawsAndFillsAsTheModel) {
+class RandomAtEveryLevel : public testing::TestWithParam<impl::SimdLevel> {
+protected:
+    RandomAtEveryLevel() { impl::force_simd_level(GetParam()); }
+    ~RandomAtEveryLevel() override { impl::force_simd_level(impl::SimdLevel::avx2); }
+};
+
+INSTANTIATE_TEST_SUITE_P(Random, RandomAtEveryLevel,
+                         testing::Values(impl::SimdLevel::sse2, impl::SimdLevel::avx2));
+
+TEST_P(RandomAtEveryLevel, DrawsAndFillsAsTheModel) {
     counter = 0;
     RandomGenerator generator(fixed_calls);
     SeededModel model;

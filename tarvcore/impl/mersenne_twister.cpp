@@ -1,76 +1,107 @@
 #include "tarvcore/impl/mersenne_twister.h"
 
-#include <emmintrin.h>
-
 #include <cstring>
+
+#include "tarvcore/impl/simd_level.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/mersenne_twister.cpp#1 $");
 
 // Matsumoto and Nishimura, "Mersenne Twister", ACM Transactions on Modeling and Computer
-// Simulation 8 (1998), four words at a time: no word depends on one of the three before it.
+// Simulation 8 (1998), several words at a time: none depends on the few in front of it.
 namespace tarvcore::impl::mersenne_twister {
 namespace {
 
-constexpr unsigned middle = 397;
-constexpr std::uint32_t upper_bit = 0x80000000;
-constexpr std::uint32_t matrix = 0x9908B0DF;
+// How many words a step takes.
+using OneWord = std::uint32_t;
+using FourWords [[gnu::vector_size(16)]] = std::uint32_t;
+using EightWords [[gnu::vector_size(32)]] = std::uint32_t;
 
-constexpr std::uint32_t twist(std::uint32_t word, std::uint32_t next, std::uint32_t far) {
-    const std::uint32_t mixed = (word & upper_bit) | (next & ~upper_bit);
-    return far ^ mixed >> 1 ^ (mixed % 2 != 0 ? matrix : 0);
+constexpr std::ptrdiff_t middle = 397;
+
+// Words in memory need no alignment.
+template <class Words>
+[[gnu::always_inline]] inline void load(Words& words, const void* source) {
+    std::memcpy(&words, source, sizeof words);
+}
+template <class Words>
+[[gnu::always_inline]] inline void store(void* destination, const Words& words) {
+    std::memcpy(destination, &words, sizeof words);
 }
 
-__m128i load(const void* words) {
-    return _mm_loadu_si128(static_cast<const __m128i*>(words));
+template <class Words>
+[[gnu::always_inline]] inline void twist(void* word, const void* next_word, const void* far_word) {
+    constexpr std::uint32_t upper_bit = 0x80000000;
+    constexpr std::uint32_t matrix = 0x9908B0DF;
+    Words words;
+    Words next;
+    Words far;
+    load(words, word);
+    load(next, next_word);
+    load(far, far_word);
+    const Words mixed = (words & upper_bit) | (next & ~upper_bit);
+    store<Words>(word, far ^ mixed >> 1 ^ (-(mixed & 1) & matrix));
 }
 
-void store(void* words, __m128i value) {
-    _mm_storeu_si128(static_cast<__m128i*>(words), value);
+// Steps from `word` on as long as there is a whole one before `end`; answers where the next begins.
+// The far words are `distance` away.
+template <class Words>
+[[gnu::always_inline]] inline std::uint32_t* twist_run(std::uint32_t* word,
+                                                       const std::uint32_t* end,
+                                                       std::ptrdiff_t distance) {
+    constexpr std::ptrdiff_t step = sizeof(Words) / sizeof *word;
+    for (; end - word >= step; word += step)
+        twist<Words>(word, word + 1, word + distance);
+    return word;
 }
 
-__m128i all(std::uint32_t word) {
-    return _mm_set1_epi32(static_cast<int>(word));
+// Goes through the state in the widest steps first.
+template <class... Widths>
+[[gnu::always_inline]] inline void regenerate_in_steps(std::uint32_t* state) {
+    std::uint32_t* const end = state + state_words;
+    std::uint32_t* word = state;
+    ((word = twist_run<Widths>(word, end - middle, middle)), ...);
+    // From here on, far words are new ones.
+    constexpr std::ptrdiff_t back = middle - std::ptrdiff_t{state_words};
+    ((word = twist_run<Widths>(word, end - 1, back)), ...);
+    twist<OneWord>(word, state, word + back);
 }
 
-// Replaces the words from `word` to `end`, a multiple of four; `far` are those that go with them.
-void twist_run(std::uint32_t* word, const std::uint32_t* end, const std::uint32_t* far) {
-    for (; word != end; word += 4, far += 4) {
-        const __m128i mixed = _mm_or_si128(_mm_and_si128(load(word), all(upper_bit)),
-                                           _mm_and_si128(load(word + 1), all(~upper_bit)));
-        const __m128i odd = _mm_srai_epi32(_mm_slli_epi32(mixed, 31), 31);
-        store(word, _mm_xor_si128(_mm_xor_si128(load(far), _mm_srli_epi32(mixed, 1)),
-                                  _mm_and_si128(odd, all(matrix))));
+template <class Words>
+[[gnu::always_inline]] inline char* temper_run(char* words, const char* end) {
+    // As sizes: a buffer may be larger than a difference can tell.
+    for (; static_cast<std::size_t>(end - words) >= sizeof(Words); words += sizeof(Words)) {
+        Words value;
+        load(value, words);
+        temper(value);
+        store(words, value);
     }
+    return words;
+}
+
+template <class... Widths>
+[[gnu::always_inline]] inline void temper_in_steps(char* words, const char* end) {
+    ((words = temper_run<Widths>(words, end)), ...);
+}
+
+[[gnu::target("avx2")]] void regenerate_with_avx2(std::uint32_t* state) {
+    regenerate_in_steps<EightWords, FourWords, OneWord>(state);
+}
+
+[[gnu::target("avx2")]] void temper_with_avx2(char* words, const char* end) {
+    temper_in_steps<EightWords, FourWords, OneWord>(words, end);
 }
 
 }  // namespace
 
 void regenerate(std::uint32_t (&state)[state_words]) {
-    constexpr unsigned distance = state_words - middle;  // from here on, far words are new ones
-    constexpr unsigned vectors = distance / 4 * 4;
-    static_assert((state_words - 1 - distance) % 4 == 0);
-
-    twist_run(state, state + vectors, state + middle);
-    for (unsigned i = vectors; i < distance; ++i)
-        state[i] = twist(state[i], state[i + 1], state[i + middle]);
-    twist_run(state + distance, state + state_words - 1, state);
-    state[state_words - 1] = twist(state[state_words - 1], state[0], state[middle - 1]);
+    if (simd_level() >= SimdLevel::avx2) return regenerate_with_avx2(state);
+    regenerate_in_steps<FourWords, OneWord>(state);
 }
 
 void temper(char* words, std::size_t count) {
-    for (; count >= 4; count -= 4, words += sizeof(__m128i)) {
-        __m128i value = load(words);
-        value = _mm_xor_si128(value, _mm_srli_epi32(value, 11));
-        value = _mm_xor_si128(value, _mm_and_si128(_mm_slli_epi32(value, 7), all(0x9D2C5680)));
-        value = _mm_xor_si128(value, _mm_and_si128(_mm_slli_epi32(value, 15), all(0xEFC60000)));
-        store(words, _mm_xor_si128(value, _mm_srli_epi32(value, 18)));
-    }
-    for (; count != 0; --count, words += sizeof(std::uint32_t)) {
-        std::uint32_t word;
-        std::memcpy(&word, words, sizeof word);
-        word = temper(word);
-        std::memcpy(words, &word, sizeof word);
-    }
+    const char* const end = words + count * sizeof(std::uint32_t);
+    if (simd_level() >= SimdLevel::avx2) return temper_with_avx2(words, end);
+    temper_in_steps<FourWords, OneWord>(words, end);
 }
 
 }  // namespace tarvcore::impl::mersenne_twister

@@ -15,11 +15,14 @@ void regenerate(std::uint32_t (&state)[state_words]);
 
 // Makes outputs of raw ones, in place; the words need no alignment.
 void temper(char* words, std::size_t count);
-constexpr std::uint32_t temper(std::uint32_t word) {
-    word ^= word >> 11;
-    word ^= word << 7 & 0x9D2C5680;
-    word ^= word << 15 & 0xEFC60000;
-    return word ^ word >> 18;
+
+// The same for one word, or for a vector of them.
+template <class Words>
+[[gnu::always_inline]] constexpr void temper(Words& words) {
+    words ^= words >> 11;
+    words ^= words << 7 & 0x9D2C5680;
+    words ^= words << 15 & 0xEFC60000;
+    words ^= words >> 18;
 }
 
 }  // namespace tarvcore::impl::mersenne_twister

@@ -104,7 +104,8 @@ std::uint32_t RandomGenerator::draw() {
         if (position_ == state_words) regenerate();
         word = state_[position_++];
     }
-    return mersenne_twister::temper(word);
+    mersenne_twister::temper(word);
+    return word;
 }
 
 void RandomGenerator::fill(void* buffer, std::size_t size) {
