@@ -17,6 +17,7 @@ std::span<const Family> families() {
         {"text", "Text in UTF-8, UTF-16 and UTF-32", text_verbs},
         {"hash", "Hashes of bytes: MurmurHash3 of 32 bits", hash_verbs},
         {"error", "Error codes and messages, and those of the operating system", error_verbs},
+        {"cpu", "What the processor says about itself", cpu_verbs},
         {"env", "The values of environment variables", env_verbs},
         {"random", "Random numbers", random_verbs},
     };

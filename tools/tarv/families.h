@@ -26,6 +26,7 @@ Verbs decode_verbs();
 Verbs text_verbs();
 Verbs hash_verbs();
 Verbs error_verbs();
+Verbs cpu_verbs();
 Verbs env_verbs();
 Verbs random_verbs();
 

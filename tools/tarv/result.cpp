@@ -84,6 +84,14 @@ void Result::number(const char* name, long long value) {
     }
 }
 
+void Result::truth(const char* name, bool value) {
+    if (form_ == Form::json) {
+        object_[name] = value;
+    } else {
+        text(name, value ? "yes" : "no");
+    }
+}
+
 void Result::record(const ErrorInfo& record) {
     object_ = to_json(record);
 }

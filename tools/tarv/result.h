@@ -33,6 +33,7 @@ public:
 
     void text(const char* name, std::string_view value);
     void number(const char* name, long long value);
+    void truth(const char* name, bool value);
     // Every part of a record, for Form::json.
     void record(const tarvcore::ErrorInfo& record);
     // Lines as they are, the last one ended too, in place of fields; for Form::block.
