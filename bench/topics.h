@@ -21,5 +21,6 @@ void add_static_instance_rows();
 void add_process_info_rows();
 void add_random_rows();
 void add_murmur_hash_rows();
+void add_uuid_rows();
 
 }  // namespace tarv_bench

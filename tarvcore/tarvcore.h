@@ -42,3 +42,4 @@
 #include "tarvcore/transfer.h"
 #include "tarvcore/transforms.h"
 #include "tarvcore/ucsutil.h"
+#include "tarvcore/uuid.h"

@@ -44,6 +44,7 @@ void add_rows() {
     add_process_info_rows();
     add_random_rows();
     add_murmur_hash_rows();
+    add_uuid_rows();
 }
 
 }  // namespace

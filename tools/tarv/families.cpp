@@ -12,6 +12,7 @@ std::span<const Family> families() {
         {"time", "Points in time: text, nanoseconds since 1970, calendar", time_verbs},
         {"duration", "Durations: text, nanoseconds", duration_verbs},
         {"datetime", "Points in time with a zone offset", datetime_verbs},
+        {"uuid", "Identifiers of 128 bits", uuid_verbs},
         {"encode", "Bytes as text: Base64, Base32, hexadecimal digits", encode_verbs},
         {"decode", "Bytes from text: Base64, Base32, hexadecimal digits", decode_verbs},
         {"text", "Text in UTF-8, UTF-16 and UTF-32", text_verbs},

@@ -21,6 +21,7 @@ Verbs tour_verbs();
 Verbs time_verbs();
 Verbs duration_verbs();
 Verbs datetime_verbs();
+Verbs uuid_verbs();
 Verbs encode_verbs();
 Verbs decode_verbs();
 Verbs text_verbs();

@@ -1,0 +1,117 @@
+#include "tarvcore/impl/uuid_text.h"
+
+#include <cstring>
+
+#include "tarvcore/impl/hex_vectors.h"
+
+TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/uuid_text.cpp#1 $");
+
+namespace tarvcore::impl {
+namespace {
+
+// Where the four separators stand in the hyphenated form, and the groups behind them.
+constexpr unsigned separators[] = {8, 13, 18, 23};
+
+__m128i load16(const char* text) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+}
+__m128i load8(const char* text) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(text));
+}
+__m128i load4(const char* text) {
+    int word;
+    std::memcpy(&word, text, sizeof word);
+    return _mm_cvtsi32_si128(word);
+}
+void store16(char* text, __m128i characters) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(text), characters);
+}
+void store4(char* text, __m128i characters) {
+    const int word = _mm_cvtsi128_si32(characters);
+    std::memcpy(text, &word, sizeof word);
+}
+
+// The stored order of bytes 0 to 7 to that of the text, or back.  Each stands in two bytes.
+__m128i swap_numbers(__m128i pairs) {
+    constexpr int data1 = _MM_SHUFFLE(0, 1, 2, 3);
+    constexpr int data2_and_3 = _MM_SHUFFLE(2, 3, 0, 1);
+    return _mm_shufflehi_epi16(_mm_shufflelo_epi16(pairs, data1), data2_and_3);
+}
+
+struct Digits {
+    __m128i first;
+    __m128i second;
+};
+
+Digits digits_of(const Uuid::BinaryData& data) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data.bytes));
+    const __m128i higher = digits_sse2(_mm_and_si128(_mm_srli_epi32(bytes, 4), _mm_set1_epi8(15)));
+    const __m128i lower = digits_sse2(_mm_and_si128(bytes, _mm_set1_epi8(15)));
+    return {swap_numbers(_mm_unpacklo_epi8(higher, lower)), _mm_unpackhi_epi8(higher, lower)};
+}
+
+// The blocks go over separators and the groups behind them, which are written after them.
+char* write_hyphenated(const Digits& digits, char* text) {
+    store16(text, digits.first);
+    store16(text + 20, digits.second);
+    store4(text + 9, _mm_srli_si128(digits.first, 8));
+    store4(text + 14, _mm_srli_si128(digits.first, 12));
+    store4(text + 19, digits.second);
+    for (const unsigned at : separators)
+        text[at] = '-';
+    return text + 36;
+}
+
+Digits hyphenated_digits(const char* text) {
+    const __m128i second_and_third = _mm_unpacklo_epi32(load4(text + 9), load4(text + 14));
+    // All but the first of the last five groups of four.
+    const __m128i rest = _mm_and_si128(load16(text + 20), _mm_setr_epi32(0, -1, -1, -1));
+    return {_mm_unpacklo_epi64(load8(text), second_and_third),
+            _mm_or_si128(load4(text + 19), rest)};
+}
+
+bool has_separators(const char* text) {
+    unsigned difference = 0;
+    for (const unsigned at : separators)
+        difference |= static_cast<unsigned char>(text[at] ^ '-');
+    return difference == 0;
+}
+
+bool store_values(const Digits& digits, Uuid::BinaryData& data) {
+    const __m128i first = values_sse2(digits.first);
+    const __m128i second = values_sse2(digits.second);
+    if (!are_values_sse2(_mm_or_si128(first, second))) return false;
+    const __m128i bytes =
+        _mm_packus_epi16(swap_numbers(pair_values_sse2(first)), pair_values_sse2(second));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(data.bytes), bytes);
+    return true;
+}
+
+}  // namespace
+
+char* write_uuid(const Uuid::BinaryData& data, Uuid::EFormat format, char* text) {
+    const Digits digits = digits_of(data);
+    if (format == Uuid::format_plain) {
+        store16(text, digits.first);
+        store16(text + 16, digits.second);
+        return text + 32;
+    }
+    if (format != Uuid::format_braced) return write_hyphenated(digits, text);
+    *text = '{';
+    char* const end = write_hyphenated(digits, text + 1);
+    *end = '}';
+    return end + 1;
+}
+
+bool parse_uuid(const char* text, unsigned length, Uuid::BinaryData& data) {
+    if (length == 32) return store_values({load16(text), load16(text + 16)}, data);
+    if (length == 38) {
+        if (text[0] != '{' || text[37] != '}') return false;
+        ++text;
+    } else if (length != 36) {
+        return false;
+    }
+    return has_separators(text) && store_values(hyphenated_digits(text), data);
+}
+
+}  // namespace tarvcore::impl

@@ -1,0 +1,183 @@
+// Faults to catch: identifiers that repeat or do not sort, with a clock that stands, goes on by
+// less than shows, jumps ahead or is set back; a counter that ends; threads that get the same ones.
+
+#include "tarvcore/impl/sequential_uuids.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <thread>
+#include <unordered_set>
+#include <vector>
+
+#include "tarvcore/impl/uuid_calls.h"
+#include "tests/support/scoped_calls.h"
+
+namespace {
+
+using namespace tarvcore;
+
+std::int64_t now;
+std::uint32_t draws;
+
+// A clock and a source of bits in the test's hand.
+class SequentialUuids : public testing::Test {
+protected:
+    SequentialUuids() : calls_(impl::uuid_calls) {
+        now = 0x1122334455667700;
+        draws = 0;
+        calls_->now = [] { return AbsoluteTime::from_nsec(now); };
+        calls_->random = [] { return 0xA0B0C000 + ++draws; };
+    }
+
+    // The next ones, which must all be new and, unless the clock was set back, greater.
+    Uuid take(unsigned count = 1) {
+        for (; count != 0; --count) {
+            const Uuid uuid = uuids_.next();
+            EXPECT_TRUE(seen_.insert(uuid).second) << uuid;
+            EXPECT_LT(last_, uuid);
+            last_ = uuid;
+        }
+        return last_;
+    }
+    void set_back(std::int64_t by) {
+        now -= by;
+        last_ = Uuid();
+    }
+    static std::string plain(const Uuid& uuid) {
+        unsigned char bytes[16];
+        uuid.write_binary(bytes);
+        std::string text;
+        for (const unsigned char byte : bytes) {
+            text += "0123456789abcdef"[byte >> 4];
+            text += "0123456789abcdef"[byte & 15];
+        }
+        return text;
+    }
+
+    impl::SequentialUuids uuids_;
+
+private:
+    tarv_test::ScopedCalls<impl::UuidCalls> calls_;
+    std::unordered_set<Uuid> seen_;
+    Uuid last_;
+};
+
+TEST_F(SequentialUuids, AreMadeOfTimeNodesAndCounter) {
+    // Time, version; node1 0xA0B0C001: its low half byte and its second byte; node2; counter.
+    EXPECT_EQ(plain(take()),
+              "11223344556677d0"
+              "81c0"
+              "02c0b0a0"
+              "0001");
+    EXPECT_EQ(plain(take()),
+              "11223344556677d0"
+              "81c0"
+              "02c0b0a0"
+              "0002");
+    now += 0x100;
+    EXPECT_EQ(plain(take()),
+              "11223344556678d0"
+              "81c0"
+              "02c0b0a0"
+              "0001");
+    EXPECT_EQ(draws, 2u);
+    EXPECT_EQ(take().version(), Uuid::version_sequential);
+    EXPECT_EQ(take().timestamp(), 0x01223344556678D0u);
+}
+
+TEST_F(SequentialUuids, GoOnWhileTheClockStands) {
+    EXPECT_EQ(plain(take(65'535)),
+              "11223344556677d0"
+              "81c0"
+              "02c0b0a0"
+              "ffff");
+    EXPECT_EQ(plain(take()),
+              "11223344556677d0"
+              "81c0"
+              "02c0b0a1"
+              "0000");
+    EXPECT_EQ(plain(take(70'000 - 65'536)),
+              "11223344556677d0"
+              "81c0"
+              "02c0b0a1"
+              "1170");
+    // The node carries, too: from a0 over ff, past one byte.
+    EXPECT_EQ(plain(take(65'536 * 96)),
+              "11223344556677d0"
+              "81c0"
+              "02c0b101"
+              "1170");
+}
+
+TEST_F(SequentialUuids, CountOnWithinOneVisibleTime) {
+    for (unsigned tick = 1; tick <= 5000; ++tick) {
+        take(tick % 3 + 1);
+        now += 100;
+    }
+    now = 0x1122334455777700;
+    EXPECT_EQ(plain(take()),
+              "11223344557777d0"
+              "81c0"
+              "02c0b0a0"
+              "0001");
+    now += 0xFF;
+    EXPECT_EQ(plain(take()),
+              "11223344557777d0"
+              "81c0"
+              "02c0b0a0"
+              "0002");
+    set_back(0xFF);  // which does not show
+    EXPECT_EQ(plain(take()),
+              "11223344557777d0"
+              "81c0"
+              "02c0b0a0"
+              "0003");
+    EXPECT_EQ(draws, 2u);
+}
+
+TEST_F(SequentialUuids, GetOtherNodesWhenTheClockIsSetBack) {
+    take(3);
+    now += 3'600'000'000'000;
+    take(3);
+    set_back(3'600'000'000'000);
+    EXPECT_EQ(plain(take()),
+              "11223344556677d0"
+              "83c0"
+              "04c0b0a0"
+              "0001");
+    EXPECT_EQ(draws, 4u);
+    set_back(0x100);
+    EXPECT_EQ(plain(take()),
+              "11223344556676d0"
+              "85c0"
+              "06c0b0a0"
+              "0001");
+    now += 0x100;
+    EXPECT_EQ(plain(take()),
+              "11223344556677d0"
+              "85c0"
+              "06c0b0a0"
+              "0001");
+}
+
+// With the clock and the bits of the system.
+TEST(Uuid, SequentialOnesDifferBetweenThreads) {
+    std::vector<std::vector<Uuid>> made(4, std::vector<Uuid>(20'000));
+    std::vector<std::thread> threads;
+    for (auto& mine : made) {
+        threads.emplace_back(
+            [&mine] { std::generate(mine.begin(), mine.end(), Uuid::create_sequential); });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    std::set<Uuid> all;
+    for (const auto& mine : made) {
+        EXPECT_TRUE(std::is_sorted(mine.begin(), mine.end()));
+        all.insert(mine.begin(), mine.end());
+    }
+    EXPECT_EQ(all.size(), 80'000u);
+}
+
+}  // namespace
