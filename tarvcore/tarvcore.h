@@ -13,6 +13,7 @@
 #include "tarvcore/error_info.h"
 #include "tarvcore/error_params.h"
 #include "tarvcore/exception_types.h"
+#include "tarvcore/hardware/cpu.h"
 #include "tarvcore/hardware/cpu_info.h"
 #include "tarvcore/hardware/cpu_models.h"
 #include "tarvcore/hardware/cpu_option_flags.h"

@@ -9,7 +9,9 @@ namespace tarvcore::impl {
 enum class SimdLevel { sse2, ssse3, sse41, avx2 };
 
 // The highest level that processor and operating system have, looked up once; or what
-// `force_simd_level` has set.  Everything that has code above the baseline chooses by it.
+// `force_simd_level` has set.  Everything that has code above the baseline chooses by it.  It does
+// not ask hardware::CpuInfo, which tells what the processor says whether or not the system keeps
+// the wide registers, reads all leaves for it, and lies layers above.
 TARVCORE_API SimdLevel simd_level() noexcept;
 
 // Makes `simd_level` answer a lower level, so that tests reach every path: a level above what the
