@@ -12,6 +12,7 @@
 
 #include "tarvcore/config.h"
 #include "tarvcore/impl/dynamic_source_string_holder.h"
+#include "tarvcore/interface_ptr.h"
 #include "tarvcore/ref_count_ptr.h"
 #include "tarvcore/string_trace_data.h"
 #include "tarvcore/transfer.h"

@@ -4,11 +4,8 @@
 #include <cstdint>
 #include <iosfwd>
 #include <string_view>
-#include <utility>
 
 #include "tarvcore/config.h"
-#include "tarvcore/ref_count.h"
-#include "tarvcore/ref_count_ptr.h"
 
 namespace tarvcore {
 
@@ -57,27 +54,6 @@ protected:
 
 private:
     mutable std::uint32_t trace_file_offsets_[max_trace_sink_count] = {};
-};
-
-// A pointer to an interface together with a reference that keeps the object behind it alive.
-template <class Interface, class Owner = const RefCounted<AtomicRefCount>>
-class InterfacePtr {
-public:
-    constexpr InterfacePtr() = default;
-    InterfacePtr(Interface* interface, RefCountPtr<Owner> owner)
-        : interface_(interface), owner_(std::move(owner)) {}
-
-    Interface* get() const { return interface_; }
-    Interface* operator->() const { return interface_; }
-    Interface& operator*() const { return *interface_; }
-    bool is_null() const { return interface_ == nullptr; }
-    explicit operator bool() const { return interface_ != nullptr; }
-
-    const RefCountPtr<Owner>& owner() const { return owner_; }
-
-private:
-    Interface* interface_ = nullptr;
-    RefCountPtr<Owner> owner_;
 };
 
 }  // namespace tarvcore

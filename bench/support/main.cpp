@@ -43,6 +43,7 @@ void add_rows() {
     add_static_instance_rows();
     add_process_info_rows();
     add_random_rows();
+    add_future_rows();
     add_murmur_hash_rows();
     add_uuid_rows();
 }

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "tarvcore/config.h"
+#include "tarvcore/interface_ptr.h"
 #include "tarvcore/ref_count.h"
 #include "tarvcore/ref_count_ptr.h"
 #include "tarvcore/string_trace_data.h"

@@ -1,0 +1,252 @@
+// Faults to catch: a wake-up that is lost; a lock held by two, or left held; two completions; a
+// touch of the word after a waiter may have freed it.  All of these hide in the order in which
+// threads take their steps: the test goes through all orders.
+
+#include "tarvcore/impl/completion_word.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/support/trials.h"
+//
+#include <windows.h>
+
+#if !defined(TARVCORE_STATIC)  // the checkers do not follow fibers
+
+namespace {
+
+// Runs a few threads, as fibers, step by step in every possible order.
+class Explorer {
+public:
+    static constexpr unsigned timed_out = 0x100;  // beside a thread's number: its time is over
+
+    Explorer() { instance = this; }
+
+    // Runs the bodies once for each order of their steps; `check` after each.
+    void explore(const std::vector<std::function<void()>>& bodies,
+                 const std::function<void()>& prepare, const std::function<void()>& check) {
+        main_ = ConvertThreadToFiber(nullptr);
+        threads_.assign(bodies.size(), {});
+        for (unsigned i = 0; i < bodies.size(); ++i) {
+            threads_[i].body = &bodies[i];
+            threads_[i].fiber = CreateFiber(1 << 16, run_fiber, &threads_[i]);
+        }
+        choices_.clear();
+        do {
+            prepare();
+            for (Thread& thread : threads_) {
+                thread.asleep = thread.done = false;
+            }
+            run_once();
+            check();
+            ++runs;
+            while (!choices_.empty() && choices_.back().taken + 1 == choices_.back().options)
+                choices_.pop_back();
+            if (!choices_.empty()) ++choices_.back().taken;
+        } while (!choices_.empty() && !testing::Test::HasFailure());
+        for (const Thread& thread : threads_) {
+            DeleteFiber(thread.fiber);
+        }
+        ConvertFiberToThread();
+    }
+
+    // Of the running thread: lets others take steps.
+    void step() { SwitchToFiber(main_); }
+    // The same until it is woken, or, of those that may, times out: false.
+    bool sleep(bool may_time_out) {
+        Thread& self = threads_[current_];
+        self.asleep = true;
+        self.may_time_out = may_time_out;
+        step();
+        self.asleep = false;
+        return !woken_by_time_;
+    }
+    void wake_all() {
+        for (Thread& thread : threads_) {
+            thread.asleep = false;
+        }
+    }
+
+    static inline Explorer* instance;
+    unsigned runs = 0;
+
+private:
+    struct Thread {
+        void* fiber = nullptr;
+        const std::function<void()>* body = nullptr;
+        bool asleep = false;
+        bool may_time_out = false;
+        bool done = false;
+    };
+    struct Choice {
+        unsigned taken;
+        unsigned options;
+    };
+
+    static void __stdcall run_fiber(void* pointer) {
+        Thread& self = *static_cast<Thread*>(pointer);
+        for (;;) {
+            (*self.body)();
+            self.done = true;
+            instance->step();
+        }
+    }
+
+    void run_once() {
+        // Up to its first step nobody sees what a thread does.
+        for (current_ = 0; current_ < threads_.size(); ++current_) {
+            SwitchToFiber(threads_[current_].fiber);
+        }
+        for (unsigned depth = 0;; ++depth) {
+            std::vector<unsigned> runnable;
+            bool all_done = true;
+            for (unsigned i = 0; i < threads_.size(); ++i) {
+                const Thread& thread = threads_[i];
+                all_done &= thread.done;
+                if (!thread.done && (!thread.asleep || thread.may_time_out)) runnable.push_back(i);
+            }
+            if (runnable.empty()) {
+                EXPECT_TRUE(all_done) << "all that are left sleep for ever";
+                return;
+            }
+            const auto options = static_cast<unsigned>(runnable.size());
+            if (depth == choices_.size()) choices_.push_back({0, options});
+            current_ = runnable[choices_[depth].taken];
+            woken_by_time_ = threads_[current_].asleep;
+            SwitchToFiber(threads_[current_].fiber);
+        }
+    }
+
+    void* main_ = nullptr;
+    std::vector<Thread> threads_;
+    std::vector<Choice> choices_;
+    unsigned current_ = 0;
+    bool woken_by_time_ = false;
+};
+
+struct SteppedPlatform {
+    // Every access is a step of its own.
+    class Word {
+    public:
+        Word(unsigned value) : value_(value) {}
+
+        unsigned load(std::memory_order = std::memory_order_seq_cst) const { return at_step(); }
+        bool compare_exchange_strong(unsigned& expected, unsigned value) {
+            unsigned& now = at_step();
+            if (now == expected) {
+                now = value;
+                return true;
+            }
+            expected = now;
+            return false;
+        }
+        unsigned fetch_and(unsigned mask) {
+            unsigned& now = at_step();
+            return std::exchange(now, now & mask);
+        }
+        unsigned exchange(unsigned value) { return std::exchange(at_step(), value); }
+
+        static inline bool freed;
+
+    private:
+        unsigned& at_step() const {
+            Explorer::instance->step();
+            EXPECT_FALSE(freed);
+            return value_;
+        }
+
+        mutable unsigned value_;
+    };
+
+    enum class Limit { none, some };
+
+    struct NoLimit {
+        NoLimit() = default;
+        NoLimit(Limit limit) : may_time_out(limit == Limit::some) {}
+        bool may_time_out = false;
+    };
+
+    static int sleep_while(const Word& word, unsigned state, const NoLimit& limit) {
+        if (word.load() != state) return 0;
+        return Explorer::instance->sleep(limit.may_time_out) ? 0 : -1;
+    }
+    static void wake_all(const Word*) {
+        Explorer::instance->step();
+        Explorer::instance->wake_all();
+    }
+};
+
+using SteppedWord = tarvcore::impl::BasicCompletionWord<SteppedPlatform>;
+
+// A letter a thread:
+//
+//     s  signals                     w  waits
+//     r  registers: locks, unlocks   t  waits and may time out
+//                                    f  waits, and then frees the word
+TEST(CompletionWord, KeepsItsPromisesInEveryOrder) {
+    // Who has nobody to signal sleeps for ever: each has an s.
+    std::vector<std::string> casts = {"s", "sr", "ss", "sf", "sw", "st", "sst", "swt"};
+    if (tarv_test::is_long_run()) casts.insert(casts.end(), {"ssr", "swr", "srt", "stt"});
+    for (const std::string& cast : casts) {
+        SteppedWord* word = nullptr;
+        int holders = 0;
+        int completions = 0;
+        const auto hold = [&] {
+            EXPECT_EQ(++holders, 1);
+            Explorer::instance->step();
+            --holders;
+        };
+        std::vector<std::function<void()>> bodies;
+        for (const char role : cast) {
+            bodies.push_back([&, role] {
+                using Limit = SteppedPlatform::Limit;
+                switch (role) {
+                    case 's':
+                        if (word->lock()) {
+                            hold();
+                            ++completions;
+                            word->publish();
+                        } else {
+                            EXPECT_EQ(completions, 1);
+                        }
+                        break;
+                    case 'r':
+                        if (word->lock()) {
+                            hold();
+                            word->unlock();
+                        }
+                        break;
+                    case 't':
+                        if (word->wait(SteppedPlatform::NoLimit(Limit::some)) == 0) {
+                            EXPECT_EQ(completions, 1);
+                        }
+                        break;
+                    default:
+                        EXPECT_EQ(word->wait(SteppedPlatform::NoLimit()), 0);
+                        EXPECT_EQ(completions, 1);
+                        if (role == 'f') SteppedPlatform::Word::freed = true;
+                }
+            });
+        }
+        Explorer explorer;
+        explorer.explore(
+            bodies,
+            [&] {
+                delete word;
+                word = new SteppedWord;
+                completions = 0;
+                SteppedPlatform::Word::freed = false;
+            },
+            [&] { EXPECT_EQ(completions, 1); });
+        delete word;
+        EXPECT_GE(explorer.runs, cast.size()) << cast;
+        ASSERT_FALSE(HasFailure()) << cast;
+    }
+}
+
+}  // namespace
+
+#endif

@@ -1,0 +1,313 @@
+// Faults to catch: a second outcome that replaces the first; a waiter that sleeps on, or gives up
+// too early; an observer told twice, never, out of order, or after its removal; owners and values
+// that outlive the completion or die early; a completion held up by an observer's exception.
+
+#include "tarvcore/future.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/allocations.h"
+#include "tests/support/racers.h"
+#include "tests/support/raised.h"
+#include "tests/support/scoped_calls.h"
+#include "tests/support/trials.h"
+//
+#include <windows.h>
+
+namespace {
+
+using namespace tarvcore;
+using tarv_test::race;
+using tarv_test::trials;
+
+ErrorInfo::Ptr error_of(const char* message = "bad") {
+    return ErrorInfo::create(error::tarvcore, message, SourceLocation());
+}
+
+// An observer that keeps a diary and may do worse.
+struct Observer : RefCounted<AtomicRefCount>, IFutureObserverBase {
+    explicit Observer(std::string& diary_to_keep, std::string own_name = "o")
+        : diary(diary_to_keep), name(std::move(own_name)) {}
+    ~Observer() override {
+        diary += "~" + name;
+        if (watched) watched->remove_observer(this);  // the future is not locked any more
+    }
+    void on_future_error(const ErrorInfo::Ptr& error) override { tell(error->message().text()); }
+    void on_future_success() override { tell("+"); }
+    void tell(const std::string& outcome) {
+        diary += name + outcome + (dropped && dropped->back().is_ready() ? "!" : "");
+        if (dropped) dropped->clear();
+        if (throws) throw std::runtime_error(name);
+    }
+
+    std::string& diary;
+    std::string name;
+    bool throws = false;
+    std::vector<Future<void>>* dropped = nullptr;
+    RefCountPtr<impl::FutureImplBase> watched;
+};
+
+TEST(Future, HasOneOutcome) {
+    const ErrorInfo::Ptr error = error_of();
+    const auto pending = Future<void>::create();
+    EXPECT_FALSE(pending.is_ready() || pending.has_error() || pending.has_value());
+    EXPECT_TRUE(pending.error_info().is_null());
+    EXPECT_FALSE(pending.wait(RelativeTime()));
+    EXPECT_EQ(tarv_test::raised([&] { pending.set({}); }),
+              "error.tarvcore.future.nullError Cannot signal Future with a NULL error [] "
+              "tarvcore::impl::FutureImplBase::set() //tarvcore/future.cpp");
+    EXPECT_FALSE(pending.is_ready());
+
+    const auto good = Future<void>::create();
+    EXPECT_TRUE(good.signal());
+    EXPECT_FALSE(good.set(error) || good.signal());
+    EXPECT_TRUE(good.has_value() && !good.has_error() && good.error_info().is_null());
+    EXPECT_TRUE(good.wait(RelativeTime()) && good.wait(AbsoluteTime()));
+    good.get();
+
+    const auto bad = Future<void>::create();
+    EXPECT_TRUE(bad.set(error));
+    EXPECT_FALSE(bad.signal() || bad.set(error_of()));
+    EXPECT_TRUE(bad.has_error() && !bad.has_value() && bad.error_info() == error);
+    bad.wait();
+    try {
+        bad.get();
+        ADD_FAILURE();
+    } catch (const ErrorException& e) {
+        EXPECT_EQ(e.error(), error) << "the very record";
+    }
+}
+
+struct Value {
+    static inline int alive = 0;
+    static inline bool throws = false;
+
+    explicit Value(int n) : number(n) { ++alive; }
+    Value(Value&& other) : number(std::exchange(other.number, 0)) {
+        if (throws) throw std::runtime_error("move");
+        ++alive;
+    }
+    ~Value() { --alive; }
+    int number;
+};
+
+TEST(Future, KeepsItsValue) {
+    {
+        auto future = Future<Value>::create();
+        EXPECT_TRUE(future.signal(Value(7)));
+        EXPECT_FALSE(future.signal(Value(8)) || future.set(error_of()));
+        const auto copy = future;
+        EXPECT_EQ(&future.get(), &copy.get());
+        EXPECT_EQ(copy.get().number, 7);
+        const Value taken = std::move(future).get();
+        EXPECT_EQ(taken.number, 7);
+        EXPECT_EQ(copy.get().number, 0) << "a value that can only be moved";
+        EXPECT_EQ(Value::alive, 2);
+
+        const auto none = Future<Value>::create();
+        Value::throws = true;
+        EXPECT_THROW(none.signal(Value(9)), std::runtime_error);
+        Value::throws = false;
+        EXPECT_FALSE(none.is_ready()) << "and not locked";
+        EXPECT_TRUE(none.set(error_of()));
+    }
+    EXPECT_EQ(Value::alive, 0);
+    auto text = Future<std::string>::create();
+    text.signal("text");
+    const auto copy = text;
+    EXPECT_EQ(std::move(text).get(), "text");
+    EXPECT_EQ(copy.get(), "text") << "a value that can be copied stays";
+}
+
+TEST(Future, TellsObserversOnceInTheirOrder) {
+    std::string diary;
+    {
+        const auto future = Future<void>::create();
+        RefCountPtr<Observer> second(new Observer(diary, "b"));
+        future.add_observer(RefCountPtr<Observer>(new Observer(diary, "a")));
+        EXPECT_TRUE(future.add_observer(second));
+        EXPECT_FALSE(future.add_observer(second) || future.add_observer(second.get()));
+        future.add_observer(RefCountPtr<Observer>(new Observer(diary, "c")));
+        EXPECT_TRUE(future.remove_observer(second.get()));
+        EXPECT_FALSE(future.remove_observer(second.get()));
+        EXPECT_TRUE(future.add_observer(second));
+        EXPECT_TRUE(future.set(error_of("-")));
+        EXPECT_EQ(diary, "a-c-b-~a~c") << "and are forgotten";
+        EXPECT_FALSE(future.remove_observer(second.get()));
+        EXPECT_FALSE(future.signal());
+        EXPECT_TRUE(future.add_observer(second)) << "at once";
+        EXPECT_EQ(diary, "a-c-b-~a~cb-");
+        diary.clear();
+    }
+    EXPECT_EQ(diary, "~b");
+
+    // Pending ones let their observers go.
+    diary.clear();
+    Future<int>::create().add_observer(RefCountPtr<Observer>(new Observer(diary)));
+    EXPECT_EQ(diary, "~o");
+}
+
+TEST(Future, IsNotHeldUpByItsObservers) {
+    std::string diary;
+    std::vector<Future<void>> handles = {Future<void>::create()};
+    const RefCountPtr<impl::FutureImpl<void>> impl = handles.back().impl();
+    RefCountPtr<Observer> a(new Observer(diary, "a")), b(new Observer(diary, "b"));
+    a->throws = b->throws = true;
+    b->dropped = &handles;
+    b->watched = impl;
+    for (auto* observer : {&a, &b}) {
+        impl->add_observer({observer->get(), *observer});
+        observer->clear();
+    }
+    try {
+        impl->signal();
+        ADD_FAILURE();
+    } catch (const std::runtime_error& e) {
+        EXPECT_STREQ(e.what(), "a");
+    }
+    EXPECT_EQ(diary, "a+b+~a~b") << "pending while they are told";
+    EXPECT_TRUE(impl->has_value());
+
+    // The last handle, dropped by an observer while the signaller has none of its own.
+    std::string second_diary;
+    handles.push_back(Future<void>::create());
+    RefCountPtr<Observer> dropper(new Observer(second_diary));
+    dropper->dropped = &handles;
+    handles.back().add_observer(dropper);
+    EXPECT_TRUE(handles.back().impl().get()->signal());
+    EXPECT_EQ(second_diary, "o+");
+}
+
+TEST(Future, CostsOneAllocationAndNoHandle) {
+    DWORD handles_before = 0, handles = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &handles_before);
+    constexpr int count = 1'000'000;
+    std::vector<Future<void>> futures;
+    futures.reserve(count);
+    tarv_test::AllocationWatch watch;
+    while (futures.size() != count) {
+        futures.push_back(Future<void>::create());
+        EXPECT_FALSE(futures.back().wait(AbsoluteTime()));
+    }
+    EXPECT_EQ(watch.allocations(), count);
+    GetProcessHandleCount(GetCurrentProcess(), &handles);
+    EXPECT_EQ(handles, handles_before);
+    futures.clear();
+    EXPECT_EQ(watch.live(), 0);
+
+    const auto waited_for = Future<void>::create();
+    EXPECT_FALSE(waited_for.wait(RelativeTime::milliseconds(1)));
+    GetProcessHandleCount(GetCurrentProcess(), &handles);
+    EXPECT_EQ(handles, handles_before);
+}
+
+TEST(Future, WaitsNoLongerThanItShould) {
+    using Clock = std::chrono::steady_clock;
+    const auto future = Future<void>::create();
+    for (const auto wait :
+         {+[](const Future<void>& f) { return f.wait(RelativeTime::microseconds(20'500)); },
+          +[](const Future<void>& f) {
+              return f.wait(AbsoluteTime::now() + RelativeTime::microseconds(20'500));
+          }}) {
+        const auto start = Clock::now();
+        EXPECT_FALSE(wait(future));
+        EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(20));
+    }
+    for (const RelativeTime& time :
+         {RelativeTime(), RelativeTime::nanoseconds(-1), RelativeTime::nanoseconds(INT64_MIN)}) {
+        EXPECT_FALSE(future.wait(time)) << time.as_nsec();
+        EXPECT_FALSE(future.wait(AbsoluteTime(time))) << time.as_nsec();
+    }
+
+    tarv_test::ScopedCalls calls(impl::address_wait_calls);
+    static std::vector<unsigned long> asked;
+    asked.clear();
+    calls->wait = [](const void*, unsigned, unsigned long milliseconds, unsigned long* error) {
+        asked.push_back(milliseconds);
+        if (milliseconds == 1) Sleep(1);
+        *error = asked.size() % 2 != 0 ? ERROR_TIMEOUT : ERROR_INVALID_HANDLE;
+        return false;
+    };
+    // A time-out of the system is not believed before the clock confirms it.
+    const std::string failure = tarv_test::raised([] {
+        throw_errno({"tarvcore::impl::FutureImplBase::wait()", "//tarvcore/future.cpp", 1}, EBADF);
+    });
+    for (const auto wait : {+[](const Future<void>& f) { f.wait(); },
+                            +[](const Future<void>& f) { f.wait(RelativeTime::infinite); },
+                            +[](const Future<void>& f) { f.wait(AbsoluteTime::infinite); },
+                            +[](const Future<void>& f) { f.wait(RelativeTime::max_time); },
+                            +[](const Future<void>& f) { f.wait(AbsoluteTime::max_time); }}) {
+        EXPECT_EQ(tarv_test::raised([&] { wait(future); }), failure);
+    }
+    const unsigned long longest = INFINITE - 1;
+    EXPECT_EQ(asked, (std::vector<unsigned long>{INFINITE, INFINITE, INFINITE, INFINITE, INFINITE,
+                                                 INFINITE, longest, longest, longest, longest}));
+    // Rounded up: half a millisecond is a time to sleep.
+    for (int tries = 0; tries < 1000 && asked.size() % 2 == 0; ++tries) {
+        EXPECT_FALSE(future.wait(RelativeTime::microseconds(500)));
+    }
+    EXPECT_EQ(asked.back(), 1u);
+}
+
+TEST(Future, SurvivesRaces) {
+    const ErrorInfo::Ptr error = error_of();
+    struct Counter : RefCounted<AtomicRefCount>, IFutureObserverBase {
+        void on_future_error(const ErrorInfo::Ptr&) override { ++told; }
+        void on_future_success() override { ++told; }
+        std::atomic<int> told = 0;
+    };
+    struct Subject {
+        Future<std::string> future = Future<std::string>::create();
+        RefCountPtr<Counter> counter{new Counter};
+    };
+    std::atomic<unsigned> wins = 0, ends = 0, removed = 0, told = 0;
+    const unsigned count = trials(20'000);
+    const auto see = [&](const Subject& subject) {
+        ++ends;
+        if (subject.future.has_value()) {
+            EXPECT_EQ(subject.future.get(), "a value longer than fits");
+        } else {
+            EXPECT_EQ(subject.future.error_info(), error);
+        }
+    };
+    const auto wait_for = [&](const Subject& subject) {
+        subject.future.wait();
+        see(subject);
+    };
+    for (unsigned done = 0; done < count; done += 10'000) {
+        std::vector<Subject> subjects(10'000);
+        const auto counters = subjects;
+        race<Subject>(
+            std::move(subjects),
+            {[&](const Subject& s) { wins += s.future.signal("a value longer than fits"); },
+             [&](const Subject& s) { wins += s.future.set(error); }, wait_for,
+             [&](const Subject& s) {
+                 while (!s.future.wait(RelativeTime::microseconds(300)))
+                     ;
+                 see(s);
+             },
+             [&](const Subject& s) { EXPECT_TRUE(s.future.add_observer(s.counter)); },
+             [&](const Subject& s) {
+                 removed += s.future.remove_observer(s.counter.get());
+                 wait_for(s);
+             }});
+        for (const Subject& subject : counters) {
+            told += static_cast<unsigned>(subject.counter->told);
+            EXPECT_TRUE(subject.counter->has_unique_ref());
+        }
+    }
+    EXPECT_EQ(wins, count);
+    EXPECT_EQ(ends, 3 * count);
+    EXPECT_EQ(told + removed, count);
+}
+
+}  // namespace
