@@ -20,6 +20,8 @@ void add_thread_mutex_rows();
 void add_static_instance_rows();
 void add_process_info_rows();
 void add_random_rows();
+void add_cpu_info_rows();
+void add_time_provider_rows();
 void add_future_rows();
 void add_murmur_hash_rows();
 void add_uuid_rows();

@@ -43,6 +43,8 @@ void add_rows() {
     add_static_instance_rows();
     add_process_info_rows();
     add_random_rows();
+    add_cpu_info_rows();
+    add_time_provider_rows();
     add_future_rows();
     add_murmur_hash_rows();
     add_uuid_rows();

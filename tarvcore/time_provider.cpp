@@ -1,0 +1,63 @@
+#include "tarvcore/time_provider.h"
+
+#include "ace/Time_Value.h"
+#include "tarvcore/hardware/cpu.h"
+#include "tarvcore/impl/wide_arithmetic.h"
+//
+#include <windows.h>
+#include <x86intrin.h>
+
+TARVCORE_SOURCE_FILE("$Id: //tarvcore/time_provider.cpp#1 $");
+
+namespace tarvcore {
+namespace {
+
+RelativeTime time_of_count(double count, double per_second) {
+    constexpr double ns_per_second = impl::TimeBase::NANOSECONDS_IN_ONE_SECOND;
+    return RelativeTime::nanoseconds(impl::int64_from_double(count / per_second * ns_per_second));
+}
+
+// One moment on two clocks, read while the library is loaded.
+struct BasePoints {
+    AbsoluteTime absolute = AbsoluteTime::now();
+    RelativeTime monotonic = TimeProviderMm::now();
+};
+
+const BasePoints base_points;
+
+}  // namespace
+
+TimeProviderQpc::TimeProviderQpc() {
+    LARGE_INTEGER frequency;
+    QueryPerformanceFrequency(&frequency);
+    ticks_per_second_ = static_cast<double>(frequency.QuadPart);
+}
+
+RelativeTime TimeProviderQpc::now() const {
+    LARGE_INTEGER counter;
+    QueryPerformanceCounter(&counter);
+    // By halves, as the system has just written it: a load of both would wait for the two stores.
+    constexpr double high_unit = 4294967296.0;
+    return time_of_count(counter.HighPart * high_unit + counter.LowPart, ticks_per_second_);
+}
+
+RelativeTime TimeProviderQpc::time_of(std::int64_t counter) const {
+    return time_of_count(static_cast<double>(counter), ticks_per_second_);
+}
+
+TimeProviderTsc::TimeProviderTsc() : cycles_per_second_(hardware::Cpu::machine().frequency()) {}
+
+RelativeTime TimeProviderTsc::now() const {
+    return time_of(__rdtsc());
+}
+
+RelativeTime TimeProviderTsc::time_of(std::uint64_t counter) const {
+    return time_of_count(static_cast<double>(counter), cycles_per_second_);
+}
+
+ACE_Time_Value monotonic_synthetic_ace_gettimeofday() {
+    return (base_points.absolute + (TimeProviderMm::now() - base_points.monotonic))
+        .as_ace_time_value();
+}
+
+}  // namespace tarvcore
