@@ -13,6 +13,8 @@ target_compile_options(tarvcore_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Werror
     -Wcast-align -Wconversion -Wduplicated-cond -Wformat=2 -Wlogical-op -Wnon-virtual-dtor
     -Woverloaded-virtual -Wshadow -Wundef)
+# What Wine's debugging-help library can read; stack traces get their names from it.
+target_compile_options(tarvcore_warnings INTERFACE $<$<CONFIG:RelWithDebInfo>:-gdwarf-4>)
 
 add_library(tarvcore_options INTERFACE)
 target_link_libraries(tarvcore_options INTERFACE tarvcore_warnings)

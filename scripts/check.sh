@@ -18,7 +18,7 @@ check() {
 }
 
 folders=()
-for folder in tarvcore tarvmoduleregistry tools tests bench examples; do
+for folder in tarvcore tarvcoremain tarvmoduleregistry tools tests bench examples; do
     [[ -d $folder ]] && folders+=("$folder")
 done
 mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h' | sort)

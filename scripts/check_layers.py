@@ -91,7 +91,7 @@ def check_library(rank, names):
 
 
 def check_identification():
-    for folder in ("tarvcore", "tarvmoduleregistry", "tools"):
+    for folder in ("tarvcore", "tarvcoremain", "tarvmoduleregistry", "tools"):
         for path in sorted((ROOT / folder).rglob("*.cpp")):
             own = str(path.relative_to(ROOT))
             found = IDENTIFICATION.findall(path.read_text())

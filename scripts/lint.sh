@@ -15,8 +15,6 @@ options=(--quiet -p "${1:-build/release}"
     --extra-arg=-Wno-unknown-warning-option
     --extra-arg=-Wno-sign-conversion) # which GCC's -Wconversion does not include
 
-folders=(tarvcore tools)
-[[ -d tarvmoduleregistry ]] && folders+=(tarvmoduleregistry)
-find "${folders[@]}" -name '*.cpp' -print0 |
+find tarvcore tarvcoremain tarvmoduleregistry tools -name '*.cpp' -print0 |
     xargs -0 --max-procs="$(nproc)" --max-args=2 clang-tidy "${options[@]}" \
         2> >(grep -vE '^[0-9]+ warnings? (generated|treated as errors)' >&2)

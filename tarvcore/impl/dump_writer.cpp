@@ -1,0 +1,47 @@
+#include "tarvcore/impl/dump_writer.h"
+
+#include "tarvcore/impl/debug_help.h"
+
+TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/dump_writer.cpp#1 $");
+
+namespace tarvcore::impl {
+namespace {
+
+MINIDUMP_TYPE contents(EDiagnosticMemoryDumpType type) {
+    return type == diagnosticMemoryDumpSmall
+               ? MiniDumpNormal
+               : static_cast<MINIDUMP_TYPE>(MiniDumpWithFullMemory | MiniDumpWithHandleData |
+                                            MiniDumpWithUnloadedModules);
+}
+
+}  // namespace
+
+bool write_memory_dump(EDiagnosticMemoryDumpType type, const wchar_t* name, unsigned long thread,
+                       EXCEPTION_POINTERS& exception, DumpPath& path) {
+    if (!path.build(name, thread)) return false;
+    const DebugHelp& help = debug_help();
+    const DebugHelpLock lock;
+    if (help.write_dump == nullptr || !lock.is_held()) return false;
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+
+    MINIDUMP_EXCEPTION_INFORMATION cause = {thread, &exception, FALSE};
+    const bool written = help.write_dump(GetCurrentProcess(), GetCurrentProcessId(), file,
+                                         contents(type), &cause, nullptr, nullptr) != 0;
+    CloseHandle(file);
+    if (!written) DeleteFileW(path.c_str());
+    return written;
+}
+
+bool write_memory_dump(EDiagnosticMemoryDumpType type, const wchar_t* name, CONTEXT& context,
+                       DumpPath& path) {
+    // Debuggers find the thread by this.
+    EXCEPTION_RECORD record = {};
+    record.ExceptionCode = EXCEPTION_BREAKPOINT;
+    record.ExceptionAddress = reinterpret_cast<void*>(context.Eip);
+    EXCEPTION_POINTERS exception = {&record, &context};
+    return write_memory_dump(type, name, GetCurrentThreadId(), exception, path);
+}
+
+}  // namespace tarvcore::impl

@@ -1,0 +1,66 @@
+// Fails an assertion and aborts.  Says which further boxes come, and that it is aborted.
+
+#include <csignal>
+#include <cstdio>
+#include <string>
+
+#include "tarvcore/diagnostics_impl_win_common.h"
+#include "tarvcore/impl/debug_help.h"
+#include "tarvcore/impl/user_interface.h"
+//
+#include <windows.h>
+
+namespace {
+
+using namespace tarvcore;
+
+bool is_shift_held = false;
+bool can_write = true;
+
+void say(const std::string& text) {
+    std::fputs((text + '\n').c_str(), stdout);
+    std::fflush(stdout);
+}
+
+int WINAPI answer_box(HWND, const wchar_t* text, const wchar_t*, UINT flags) {
+    if (std::wstring(text).starts_with(L"Debug Assertion Failed!")) return IDABORT;
+    // Without the path.
+    const std::wstring start = std::wstring(text).substr(0, 27);
+    char number[32];
+    std::snprintf(number, sizeof number, ", flags 0x%x", flags);
+    say(std::string(start.begin(), start.end()) + number);
+    return IDOK;
+}
+
+SHORT WINAPI key_state(int key) {
+    return is_shift_held && key == VK_SHIFT ? SHORT{-1} : SHORT{0};
+}
+
+BOOL WINAPI write_dump(HANDLE, DWORD, HANDLE, MINIDUMP_TYPE, PMINIDUMP_EXCEPTION_INFORMATION,
+                       PMINIDUMP_USER_STREAM_INFORMATION, PMINIDUMP_CALLBACK_INFORMATION) {
+    return can_write;
+}
+
+const impl::UserInterfaceCalls user_interface = {[](const char* name) -> void* {
+    return std::string(name) == "MessageBoxW" ? reinterpret_cast<void*>(answer_box)
+                                              : reinterpret_cast<void*>(key_state);
+}};
+
+const impl::DebugHelpCalls debug_help = {[]() -> const impl::DebugHelp& {
+    static impl::DebugHelp help = {};
+    help.write_dump = write_dump;
+    return help;
+}};
+
+}  // namespace
+
+int main(int, char** argv) {
+    const std::string modifier = argv[1];
+    is_shift_held = !modifier.empty();
+    can_write = modifier != "SHIFT, no dump";
+    impl::user_interface_calls = &user_interface;
+    impl::debug_help_calls = &debug_help;
+    std::signal(SIGABRT, [](int) { say("SIGABRT"); });
+    report_failed_debug_assert("file.cpp", 1, nullptr, "false", nullptr);
+    return 0;
+}

@@ -1,0 +1,81 @@
+// Comes to grief in the way that its argument names, with the diagnostic handler installed.  A
+// second argument asks for a dump, which takes seconds.
+
+#include "tarvcore/terminate_handler.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "tarvcore/diagnostic_trace.h"
+#include "tarvcore/error_code_constants.h"
+#include "tarvcore/error_exception.h"
+#include "tarvcore/impl/debug_help.h"
+//
+#include <windows.h>
+
+TARVCORE_SOURCE_FILE("$Id: //tests/children/terminate_handler_child.cpp#1 $");
+
+namespace {
+
+using namespace tarvcore;
+
+const impl::DebugHelpCalls* const system_calls = impl::debug_help_calls;
+
+const impl::DebugHelpCalls without_dumps = {
+    []() -> const impl::DebugHelp& {
+        static impl::DebugHelp help = system_calls->load();
+        help.write_dump = nullptr;
+        return help;
+    },
+};
+
+volatile int zero = 0;
+int* volatile nowhere = reinterpret_cast<int*>(0x10);
+
+int overflow(int depth) {
+    volatile char room[4096];
+    room[0] = static_cast<char>(depth);
+    return depth < 0 ? 0 : overflow(depth + 1) + room[0];
+}
+
+[[gnu::noinline]] void fail(const std::string& way) {
+    if (way == "ours") throw_error(error::tarvcore_uuid_parse, "Bad UUID", SourceLocation());
+    if (way == "standard") throw std::runtime_error("it went wrong");
+    if (way == "unknown") throw 42;
+    if (way == "noexcept") []() noexcept { fail("unknown"); }();
+    if (way == "terminate") std::terminate();
+    if (way == "read") std::exit(*nowhere);
+    if (way == "write") *nowhere = 1;
+    if (way == "call") std::abs(reinterpret_cast<int (*)()>(0x20)());
+    if (way == "divide") std::exit(100 / zero);
+    if (way == "illegal") __builtin_trap();
+    if (way == "own") RaiseException(0xE1234567, 0, 0, nullptr);
+    if (way == "overflow") std::exit(overflow(0));
+    if (way == "thread") std::thread(fail, "write").join();
+    if (way == "hook") {
+        set_diagnostic_trace_handlers(
+            nullptr,
+            [](const SourceLocation&, const SourceString&, const char*, unsigned) {
+                *nowhere = 1;
+                return true;
+            },
+            nullptr);
+        *nowhere = 1;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::string way = argv[1];
+    if (argc == 2) impl::debug_help_calls = &without_dumps;
+    const ScopedDiagnosticSignalHandler handler;
+    if (way == "restored") {
+        { const ScopedDiagnosticSignalHandler inner; }
+        fail("unknown");
+    }
+    fail(way);
+}

@@ -1,0 +1,146 @@
+// Faults to catch: a dump of nothing; a dump that claims to be of another thread; files left
+// behind, or an output touched, where there is no dump; two threads in the library at once.
+
+#include "tarvcore/memory_dump.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+
+#include "tarvcore/impl/debug_help.h"
+#include "tarvcore/impl/dump_path.h"
+#include "tests/support/scoped_calls.h"
+
+namespace {
+
+using namespace tarvcore;
+
+// A dump file's streams by their numbers.
+class DumpFile {
+public:
+    explicit DumpFile(const char* path) {
+        std::ifstream file(path, std::ios::binary);
+        bytes_.assign(std::istreambuf_iterator<char>(file), {});
+        const auto& header = at<MINIDUMP_HEADER>(0);
+        EXPECT_EQ(bytes_.substr(0, 4), "MDMP");
+        for (unsigned i = 0; i < header.NumberOfStreams; ++i) {
+            const auto& entry =
+                at<MINIDUMP_DIRECTORY>(header.StreamDirectoryRva + i * sizeof(MINIDUMP_DIRECTORY));
+            streams_[entry.StreamType] = entry.Location.Rva;
+        }
+    }
+
+    template <class T>
+    const T& at(std::size_t offset) const {
+        EXPECT_LE(offset + sizeof(T), bytes_.size());
+        return *reinterpret_cast<const T*>(bytes_.data() + offset);
+    }
+    template <class T>
+    const T& stream(unsigned type) const {
+        EXPECT_TRUE(streams_.contains(type)) << type;
+        return at<T>(streams_.at(type));
+    }
+    std::wstring text(std::size_t offset) const {
+        const auto& string = at<MINIDUMP_STRING>(offset);
+        return std::wstring(string.Buffer, string.Length / sizeof(wchar_t));
+    }
+
+private:
+    std::string bytes_;
+    std::map<unsigned, std::size_t> streams_;
+};
+
+TEST(MemoryDump, TellsThreadsModulesAndTheCaller) {
+    preinitialize_diagnostics_libraries();
+    char path[600] = "";
+    ASSERT_TRUE(create_diagnostic_memory_dump(diagnosticMemoryDumpSmall, "small", path, 600));
+    {
+        const DumpFile dump(path);
+        EXPECT_GE(dump.stream<MINIDUMP_THREAD_LIST>(ThreadListStream).NumberOfThreads, 1u);
+        EXPECT_EQ(dump.stream<MINIDUMP_EXCEPTION_STREAM>(ExceptionStream).ThreadId,
+                  GetCurrentThreadId());
+        EXPECT_EQ(dump.stream<MINIDUMP_SYSTEM_INFO>(SystemInfoStream).ProcessorArchitecture,
+                  PROCESSOR_ARCHITECTURE_INTEL);
+        const auto& modules = dump.stream<MINIDUMP_MODULE_LIST>(ModuleListStream);
+        bool has_test = false;
+        for (unsigned i = 0; i < modules.NumberOfModules; ++i) {
+            // The structure is packed to four bytes.
+            MINIDUMP_MODULE module;
+            std::memcpy(&module, &modules.Modules[i], sizeof module);
+            has_test |= dump.text(module.ModuleNameRva).ends_with(L"diagnostics_test.exe");
+        }
+        EXPECT_TRUE(has_test);
+    }
+    EXPECT_NE(std::string(path).find("\\small_"), std::string::npos) << path;
+    EXPECT_TRUE(DeleteFileA(path) != 0);
+}
+
+// What the debugging-help library answers.
+impl::DebugHelp help;
+
+BOOL WINAPI fail_to_write(HANDLE, DWORD, HANDLE file, MINIDUMP_TYPE,
+                          PMINIDUMP_EXCEPTION_INFORMATION, PMINIDUMP_USER_STREAM_INFORMATION,
+                          PMINIDUMP_CALLBACK_INFORMATION) {
+    DWORD written = 0;
+    WriteFile(file, "MDMP", 4, &written, nullptr);
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+class MemoryDumpFailures : public testing::Test {
+protected:
+    MemoryDumpFailures() {
+        help = impl::debug_help();
+        calls_->load = []() -> const impl::DebugHelp& { return help; };
+        paths_->program = [](wchar_t* buffer, unsigned long) -> unsigned long {
+            std::wcscpy(buffer, L"failing.exe");
+            return 11;
+        };
+        paths_->trace_root = [](wchar_t*, unsigned long) -> unsigned long { return 0; };
+    }
+
+    // Whether a dump fails, and leaves nothing.
+    static void expect_failure(const char* reason, unsigned path_size = 600) {
+        char path[600] = "untouched";
+        EXPECT_FALSE(
+            create_diagnostic_memory_dump(diagnosticMemoryDumpSmall, nullptr, path, path_size))
+            << reason;
+        EXPECT_STREQ(path, "untouched") << reason;
+        wchar_t pattern[MAX_PATH];
+        GetTempPathW(MAX_PATH, pattern);
+        std::wcscat(pattern, L"failing_*");
+        WIN32_FIND_DATAW found;
+        EXPECT_EQ(FindFirstFileW(pattern, &found), INVALID_HANDLE_VALUE) << reason;
+    }
+
+    tarv_test::ScopedCalls<impl::DebugHelpCalls> calls_{impl::debug_help_calls};
+    tarv_test::ScopedCalls<impl::DumpPathCalls> paths_{impl::dump_path_calls};
+};
+
+TEST_F(MemoryDumpFailures, LeaveNothing) {
+    expect_failure("a path that does not fit", 10);
+    help.write_dump = fail_to_write;
+    expect_failure("a full disk");
+    help.write_dump = nullptr;
+    expect_failure("no such function");
+    help = {};
+    expect_failure("no library");
+    paths_->temporary_folder = [](unsigned long, wchar_t*) -> unsigned long { return 0; };
+    expect_failure("no folder");
+}
+
+TEST(DebugHelpLock, IsForOneAndNotRecursive) {
+    const impl::DebugHelpLock lock;
+    EXPECT_TRUE(lock.is_held());
+    {
+        const impl::DebugHelpLock inner;
+        EXPECT_FALSE(inner.is_held());
+    }
+    EXPECT_TRUE(lock.is_held());
+}
+
+}  // namespace

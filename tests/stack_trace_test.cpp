@@ -1,0 +1,168 @@
+// Faults to catch: calls that are left out, added or in another order; the line behind a call in
+// place of the call's; a walk that runs off the stack; an engine that nobody ends, or that ends
+// under another thread.
+
+#include "tarvcore/stack_trace.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <sstream>
+#include <thread>
+
+#include "tarvcore/impl/debug_help.h"
+#include "tarvcore/impl/stack_walk.h"
+#include "tests/support/scoped_calls.h"
+
+using namespace tarvcore;
+
+// Outside of any namespace and not optimised into each other: their names are looked for.
+unsigned line_of_call;
+
+[[gnu::noipa]] std::vector<StackFrame> stack_trace_inner() {
+    line_of_call = __LINE__ + 1;
+    auto frames = current_stack_trace();
+    return frames;
+}
+
+[[gnu::noipa]] std::vector<StackFrame> stack_trace_outer() {
+    auto frames = stack_trace_inner();
+    frames.reserve(100);
+    return frames;
+}
+
+namespace {
+
+std::string shown(const std::vector<StackFrame>& frames) {
+    std::ostringstream os;
+    for (const StackFrame& frame : frames)
+        os << frame << '\n';
+    return os.str();
+}
+
+TEST(StackTrace, NamesTheCalls) {
+    const std::vector<StackFrame> frames = stack_trace_outer();
+    ASSERT_GE(frames.size(), 4u);
+    EXPECT_EQ(frames[0].module, "diagnostics_test.exe");
+#if !defined(TARVCORE_STATIC)
+    EXPECT_EQ(frames[0].function, "stack_trace_inner") << shown(frames);
+    EXPECT_EQ(frames[0].line, line_of_call) << shown(frames);
+    EXPECT_TRUE(frames[0].file.ends_with("stack_trace_test.cpp")) << shown(frames);
+    EXPECT_EQ(frames[1].function, "stack_trace_outer") << shown(frames);
+    EXPECT_LT(frames[0].offset, 0x100u);
+#endif
+    // Down to where the system has begun the thread.
+    EXPECT_NE(std::find_if(frames.begin(), frames.end(),
+                           [](const auto& frame) { return frame.module == "kernel32.dll"; }),
+              frames.end())
+        << shown(frames);
+}
+
+TEST(StackTrace, PrintsWhatIsKnown) {
+    const auto* const address = reinterpret_cast<const void*>(0x401234);
+    const struct {
+        StackFrame frame;
+        const char* text;
+    } rows[] = {
+        {{address, "", "", 0, "", 0}, "0x00401234"},
+        {{address, "a.exe", "", 0x1234, "", 0}, "0x00401234 a.exe+0x1234"},
+        {{address, "a.exe", "f(int)", 0x10, "", 0}, "0x00401234 a.exe!f(int)+0x10"},
+        {{address, "a.exe", "f(int)", 0x10, "f.cpp", 42},
+         "0x00401234 a.exe!f(int)+0x10 [f.cpp @ 42]"},
+    };
+    for (const auto& row : rows) {
+        std::ostringstream os;
+        os << std::hex << row.frame;
+        EXPECT_EQ(os.str(), row.text);
+    }
+}
+
+// What the symbol engine was told.
+std::atomic<int> started;
+std::atomic<int> ended;
+impl::DebugHelp help;
+
+BOOL WINAPI start_engine(HANDLE, PCWSTR, BOOL) {
+    return ++started, TRUE;
+}
+BOOL WINAPI fail_to_start(HANDLE, PCWSTR, BOOL) {
+    return FALSE;
+}
+BOOL WINAPI end_engine(HANDLE) {
+    return ++ended, TRUE;
+}
+BOOL WINAPI no_symbol(HANDLE, DWORD64, PDWORD64, PSYMBOL_INFOW) {
+    std::this_thread::yield();
+    return FALSE;
+}
+BOOL WINAPI no_line(HANDLE, DWORD64, PDWORD, PIMAGEHLP_LINEW64) {
+    return FALSE;
+}
+
+class SymbolEngineTest : public testing::Test {
+protected:
+    SymbolEngineTest() {
+        started = ended = 0;
+        help = impl::debug_help();
+        help.initialize = start_engine;
+        help.clean_up = end_engine;
+        help.symbol_at = no_symbol;
+        help.line_at = no_line;
+        calls_->load = []() -> const impl::DebugHelp& { return help; };
+    }
+
+    tarv_test::ScopedCalls<impl::DebugHelpCalls> calls_{impl::debug_help_calls};
+};
+
+TEST_F(SymbolEngineTest, EndsWithItsLastUser) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([] {
+            for (int turn = 0; turn < 20; ++turn)
+                ASSERT_FALSE(current_stack_trace().empty());
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_GE(started, 1);
+    EXPECT_EQ(started, ended);
+}
+
+TEST_F(SymbolEngineTest, IsNotNeededForModules) {
+    help.initialize = fail_to_start;
+    EXPECT_EQ(stack_trace_outer()[0].module, "diagnostics_test.exe");
+    help = {};
+    EXPECT_EQ(stack_trace_outer()[0].module, "diagnostics_test.exe");
+    const impl::DebugHelpLock taken;
+    EXPECT_EQ(stack_trace_outer()[0].module, "diagnostics_test.exe");
+    EXPECT_EQ(started + ended, 0);
+}
+
+TEST(StackWalk, StopsWhereFramePointersMakeNoSense) {
+    // Frames at 0, 4 and 10 words; the third is not above the second.
+    std::uintptr_t words[16] = {};
+    const auto at = [&](unsigned i) { return reinterpret_cast<std::uintptr_t>(&words[i]); };
+    words[0] = at(4);
+    words[1] = 0x1111;
+    words[5] = 0x2222;
+    CONTEXT context = {};
+    context.Eip = 0x1000;
+    context.Esp = at(0);
+    const auto count = [&](std::uintptr_t first, std::uintptr_t third) {
+        context.Ebp = first;
+        words[4] = third;
+        return impl::walk_frame_pointers(context).count;
+    };
+    EXPECT_EQ(count(at(0), 0), 3u);
+    EXPECT_EQ(count(at(0), at(4)), 3u) << "itself";
+    EXPECT_EQ(count(at(0), at(0)), 3u) << "a circle";
+    EXPECT_EQ(count(at(0), at(8) + 1), 3u) << "not aligned";
+    EXPECT_EQ(count(at(0), 0xFFFFFFFC), 3u) << "the end of memory";
+    EXPECT_EQ(count(0, 0), 1u);
+    EXPECT_EQ(count(at(0) - 4, 0), 1u) << "below the stack pointer";
+    context.Esp = 0x10;
+    EXPECT_EQ(count(0x10, 0), 1u) << "not on a stack";
+}
+
+}  // namespace
