@@ -25,5 +25,6 @@ void add_time_provider_rows();
 void add_future_rows();
 void add_murmur_hash_rows();
 void add_uuid_rows();
+void add_object_key_rows();
 
 }  // namespace tarv_bench

@@ -19,6 +19,8 @@
 
 namespace tarvcore {
 
+class StringKey;
+
 namespace impl {
 inline constexpr char empty_text[] = "";
 }
@@ -65,6 +67,8 @@ public:
     // A dynamic copy of the text of `source`, which keeps `source` alive and answers it to
     // `query_trace_data`.  An empty text is a reference, as everywhere, and forgets its source.
     explicit SourceString(InterfacePtr<const StringTraceData> source);
+    // The same of the text of a key; see string_key.h.
+    SourceString(const StringKey& key);
 
     static constexpr SourceString create_reference(const char* text) { return {text, true}; }
     static SourceString create_copy(const char* text) { return {text, false}; }

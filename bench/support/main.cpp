@@ -48,6 +48,7 @@ void add_rows() {
     add_future_rows();
     add_murmur_hash_rows();
     add_uuid_rows();
+    add_object_key_rows();
 }
 
 }  // namespace

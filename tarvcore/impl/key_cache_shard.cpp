@@ -1,0 +1,111 @@
+#include "tarvcore/impl/key_cache_shard.h"
+
+#include <new>
+
+#include "ace/Guard_T.h"
+//
+#include <windows.h>
+
+TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/key_cache_shard.cpp#1 $");
+
+namespace tarvcore::impl {
+namespace {
+
+constexpr unsigned max_entries_per_bucket = 4;
+
+// Who holds the lock is about to release it: to sleep would take longer by far.
+constexpr unsigned spins_before_sleep = 1000;
+
+}  // namespace
+
+KeyCacheItem::~KeyCacheItem() = default;
+
+void KeyCacheShard::open(unsigned bucket_count) {
+    buckets_ = new KeyCacheItem* [bucket_count] {};
+    bucket_count_ = bucket_count;
+    SetCriticalSectionSpinCount(reinterpret_cast<CRITICAL_SECTION*>(&lock_), spins_before_sleep);
+}
+
+KeyCacheShard::~KeyCacheShard() {
+    for (unsigned i = 0; i < bucket_count_; ++i) {
+        for (KeyCacheItem* item = buckets_[i]; item != nullptr; item = item->next_)
+            item->shard_ = nullptr;
+    }
+    delete[] buckets_;
+    while (void* spare = take_spare())
+        operator delete(spare);
+}
+
+void KeyCacheShard::insert(KeyCacheItem& item) {
+    if (++entry_count_ > bucket_count_ * max_entries_per_bucket) grow();
+    item.shard_ = this;
+    ++item.use_count_;
+    KeyCacheItem*& head = buckets_[item.hash_ % bucket_count_];
+    item.next_ = head;
+    head = &item;
+    ++modification_count_;
+}
+
+// Where there is no memory for more buckets, the chains become longer instead.
+void KeyCacheShard::grow() {
+    const unsigned new_count = grown_bucket_count(bucket_count_);
+    if (new_count == bucket_count_) return;
+    auto** new_buckets = new (std::nothrow) KeyCacheItem* [new_count] {};
+    if (new_buckets == nullptr) return;
+    for (unsigned i = 0; i < bucket_count_; ++i) {
+        for (KeyCacheItem* item = buckets_[i]; item != nullptr;) {
+            KeyCacheItem* const next = item->next_;
+            KeyCacheItem*& head = new_buckets[item->hash_ % new_count];
+            item->next_ = head;
+            head = item;
+            item = next;
+        }
+    }
+    delete[] buckets_;
+    buckets_ = new_buckets;
+    bucket_count_ = new_count;
+}
+
+void KeyCacheShard::unlink(KeyCacheItem& item) {
+    KeyCacheItem** link = &buckets_[item.hash_ % bucket_count_];
+    while (*link != &item)
+        link = &(*link)->next_;
+    *link = item.next_;
+    --entry_count_;
+    ++modification_count_;
+}
+
+void* KeyCacheShard::take_spare() {
+    Spare* const spare = spares_;
+    if (spare != nullptr) {
+        spares_ = spare->next;
+        --spare_count_;
+    }
+    return spare;
+}
+
+bool KeyCacheShard::keep_spare(void* memory) {
+    if (spare_count_ == max_spare_count) return false;
+    spares_ = new (memory) Spare{spares_};
+    ++spare_count_;
+    return true;
+}
+
+void KeyCacheShard::release(KeyCacheItem* item, void* token_memory) {
+    if (KeyCacheShard* const shard = item->shard_) {
+        const ACE_Guard<ThreadMutex> guard(shard->lock_);
+        if (token_memory != nullptr && shard->keep_spare(token_memory)) token_memory = nullptr;
+        if (--item->use_count_ == 0) {
+            shard->unlink(*item);
+        } else {
+            item = nullptr;
+        }
+    } else {
+        item = nullptr;
+    }
+    // Without the lock.
+    delete item;
+    operator delete(token_memory);
+}
+
+}  // namespace tarvcore::impl

@@ -1,0 +1,106 @@
+// The hash tables under the caches of keys.
+#pragma once
+
+#include <cstdint>
+
+#include "tarvcore/config.h"
+#include "tarvcore/string_trace_data.h"
+#include "tarvcore/thread_mutex.h"
+
+namespace tarvcore::impl {
+
+class KeyCacheShard;
+
+// An entry, as its shard sees it: a value that has this hash, with the number of its uses.
+class TARVCORE_API KeyCacheItem : public StringTraceData {
+public:
+    ~KeyCacheItem() override;
+
+    std::uint32_t hash() const { return hash_; }
+
+protected:
+    explicit KeyCacheItem(std::uint32_t hash) : hash_(hash) {}
+
+private:
+    friend class KeyCacheShard;
+
+    unsigned use_count_ = 0;          // under the shard's lock
+    KeyCacheShard* shard_ = nullptr;  // also when the shard is gone
+    KeyCacheItem* next_ = nullptr;
+    const std::uint32_t hash_;
+};
+
+// How many buckets a table gets that has outgrown so many: the next prime of a ladder that is not
+// below four times the number, and at the ladder's end the same number again.
+constexpr unsigned grown_bucket_count(unsigned bucket_count) {
+    constexpr unsigned ladder[] = {251, 1021, 4093, 16381, 65537};
+    for (const unsigned step : ladder)
+        if (bucket_count * 4 <= step) return step;
+    return 262151;
+}
+
+// A table of entries under a lock of its own.  Threads that use different shards do not wait for
+// each other.  An entry lives as long as it has uses.
+//
+// Shards also keep the memory of a few tokens that have gone, for the next ones: a lock is held
+// whenever one comes or goes, and a new block would cost more than all the rest.
+class TARVCORE_API KeyCacheShard {
+public:
+    KeyCacheShard() = default;
+    KeyCacheShard(const KeyCacheShard&) = delete;
+    KeyCacheShard& operator=(const KeyCacheShard&) = delete;
+    // The entries stay, without a shard: they are for those who use them.
+    ~KeyCacheShard();
+
+    // Before all else.
+    void open(unsigned bucket_count);
+
+    ThreadMutex& lock() { return lock_; }
+
+    // The others, but `release`, are for whoever holds the lock.
+
+    // Changes whenever an entry comes or goes.
+    unsigned modification_count() const { return modification_count_; }
+    unsigned entry_count() const { return entry_count_; }
+    unsigned bucket_count() const { return bucket_count_; }
+
+    // The first entry of that hash that fits, or null.
+    template <class Predicate>
+    KeyCacheItem* find(std::uint32_t hash, Predicate fits) const {
+        KeyCacheItem* item = buckets_[hash % bucket_count_];
+        while (item != nullptr && !(item->hash_ == hash && fits(*item)))
+            item = item->next_;
+        return item;
+    }
+    static void add_use(KeyCacheItem& item) { ++item.use_count_; }
+    // Takes the entry over, with a use.
+    void insert(KeyCacheItem& item);
+    // Memory for a token, or null: there is none, and the caller has to get it elsewhere.
+    void* take_spare();
+
+    // Gives back a use, without the lock held, and a token's memory, unless that is null.  The last
+    // use takes the entry out of its shard and deletes it.  Where the shard is gone, nothing
+    // happens to the entry.
+    static void release(KeyCacheItem* item, void* token_memory);
+
+private:
+    struct Spare {
+        Spare* next;
+    };
+    static constexpr unsigned max_spare_count = 64;
+
+    void grow();
+    void unlink(KeyCacheItem& item);
+    bool keep_spare(void* memory);
+
+    // Shards share no cache line.
+    alignas(64) ThreadMutex lock_;
+    unsigned modification_count_ = 0;
+    unsigned bucket_count_ = 0;
+    KeyCacheItem** buckets_ = nullptr;  // the heads of chains
+    unsigned entry_count_ = 0;
+    Spare* spares_ = nullptr;
+    unsigned spare_count_ = 0;
+};
+
+}  // namespace tarvcore::impl
