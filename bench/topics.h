@@ -23,6 +23,7 @@ void add_random_rows();
 void add_cpu_info_rows();
 void add_time_provider_rows();
 void add_future_rows();
+void add_result_rows();
 void add_murmur_hash_rows();
 void add_uuid_rows();
 void add_object_key_rows();

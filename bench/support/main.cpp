@@ -46,6 +46,7 @@ void add_rows() {
     add_cpu_info_rows();
     add_time_provider_rows();
     add_future_rows();
+    add_result_rows();
     add_murmur_hash_rows();
     add_uuid_rows();
     add_object_key_rows();

@@ -7,6 +7,7 @@
 #include "tarvcore/error_exception.h"
 #include "tarvmoduleregistry/module_registry.h"
 #include "tools/tarv/families.h"
+#include "tools/tarv/story.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tools/tarv/tour_verbs.cpp#1 $");
 
@@ -15,41 +16,6 @@ namespace {
 
 using tarvcore::AbsoluteTime;
 using tarvcore::ErrorException;
-
-// Writes a road's story: numbered steps, each of prose, of code that is run and of what came of it.
-class Story {
-public:
-    explicit Story(Output& output) : output_(output) {}
-
-    void title(std::string_view text) {
-        output_.write('\n' + std::string(text) + '\n' + std::string(text.size(), '-') + '\n');
-        step_ = 0;
-    }
-    void step(std::string_view text) {
-        output_.write('\n' + std::to_string(++step_) + ". ");
-        prose(text, false);
-    }
-    void prose(std::string_view text, bool apart = true) {
-        if (apart) output_.write("\n   ");
-        for (const char c : text) {
-            output_.write(std::string_view(&c, 1));
-            if (c == '\n') output_.write("   ");
-        }
-        output_.write("\n");
-    }
-    void lines(std::string_view text) {
-        output_.write("\n");
-        while (!text.empty()) {
-            const std::string_view line = text.substr(0, text.find('\n'));
-            output_.write("       " + std::string(line) + '\n');
-            text.remove_prefix(std::min(line.size() + 1, text.size()));
-        }
-    }
-
-private:
-    Output& output_;
-    unsigned step_ = 0;
-};
 
 std::string call_of(const char* text) {
     return "AbsoluteTime::from_string(\"" + std::string(text) + "\")";
@@ -133,7 +99,7 @@ public:
 
     bool has_json() const override { return false; }
     bool run(const Request&, Output& output, Output&) override {
-        static constexpr void (*roads[])(Story&) = {error_road, module_road};
+        static constexpr void (*roads[])(Story&) = {error_road, async_road, module_road};
 
         output.write("This is tarvcore at work: every value below has just been computed by it.\n");
         Story story(output);

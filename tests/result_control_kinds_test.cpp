@@ -1,0 +1,175 @@
+// Faults to catch: two outcomes of one operation, or one that not all see; a waiter that is not
+// woken; a life that does not end, or ends while somebody is still there.  Eight threads signal,
+// cancel, wait for, observe and drop the same operations.
+
+#include "tarvcore/result_control_kinds.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <stdexcept>
+#include <vector>
+
+#include "tarvcore/async_op_handle.h"
+#include "tests/support/racers.h"
+#include "tests/support/trials.h"
+//
+#include <windows.h>
+
+namespace {
+
+using namespace tarvcore;
+
+std::atomic<int> alive;
+
+struct Counted {
+    Counted() { ++alive; }
+    Counted(const Counted&) { ++alive; }
+    ~Counted() { --alive; }
+    Counted& operator=(const Counted&) = delete;
+};
+
+struct Value : Counted {
+    int number = 7;
+};
+
+struct Observer final : RefCounted<AtomicRefCount>, IFutureObserverBase, Counted {
+    void on_future_error(const ErrorInfo::Ptr&) override { tell(); }
+    void on_future_success() override { tell(); }
+    void tell() {
+        ++told;
+        dropped.clear();
+        throw std::runtime_error("observer");
+    }
+    std::vector<Result<Value>> dropped;
+    std::atomic<int> told = 0;
+};
+
+enum Outcome { none, value, error, cancelled, not_signaled, outcomes };
+
+Outcome outcome_of(const Result<Value>& result) {
+    if (!result.is_ready()) return none;
+    if (result.has_value()) return result.get().number == 7 ? value : none;
+    const ErrorInfo::Ptr record = result.error_info();
+    if (impl::result_was_cancelled(record)) return cancelled;
+    return record->matches(error::tarvcore_result_notSignaled) ? not_signaled : error;
+}
+
+// What has been seen of one operation.
+struct Log : RefCounted<AtomicRefCount>, Counted {
+    std::atomic<Outcome> seen = none;
+    std::atomic<int> disagreements = 0;
+
+    void see(Outcome outcome) {
+        Outcome expected = none;
+        if (!seen.compare_exchange_strong(expected, outcome) && expected != outcome) {
+            ++disagreements;
+        }
+        if (outcome == none) ++disagreements;
+    }
+};
+
+struct Subject {
+    explicit Subject(unsigned number_of_it) : number(number_of_it) {}
+
+    unsigned number;
+    Future<Value> future = Future<Value>::create();
+    // Who does not signal lets go of it.
+    mutable RefCountPtr<AsyncResult<Value>> handler = result_future(future).create_async_handler();
+    Result<Value> result = handler->get_result();
+    RefCountPtr<Log> log{new Log};
+    RefCountPtr<Observer> observer{new Observer};
+};
+
+// What observers throw reaches whoever completes the operation; a second signal is refused.
+template <class Signal>
+void signal(Signal signal_it) {
+    try {
+        signal_it();
+    } catch (const std::runtime_error&) {
+    } catch (const ErrorException& e) {
+        EXPECT_TRUE(e.matches(error::tarvcore_result_redundantSignal));
+    }
+}
+
+TEST(AsyncRaces, EndInOneOutcomeThatAllSee) {
+    static constexpr unsigned batch = 10'000;
+    const unsigned count = tarv_test::trials(40'000);
+    const auto bad = ErrorInfo::create(error::tarvcore, "bad", SourceLocation());
+    std::array<unsigned, outcomes> ends{};
+    DWORD handles_before = 0, handles = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &handles_before);
+
+    const auto let_go = [](const Subject& s) { s.handler.clear(); };
+    const auto see_the_end = [&](const Subject& s) {
+        s.log->see(outcome_of(s.result));
+        s.log->see(outcome_of(s.result));
+    };
+    for (unsigned done = 0; done < count; done += batch) {
+        std::vector<Subject> subjects;
+        for (unsigned i = 0; i < batch; ++i) {
+            subjects.emplace_back(i);
+        }
+        std::vector<RefCountPtr<Log>> logs;
+        std::vector<RefCountPtr<Observer>> observers;
+        for (const Subject& s : subjects) {
+            logs.push_back(s.log);
+            observers.push_back(s.observer);
+            s.observer->dropped.push_back(s.result);
+        }
+        // Every eighth is left to its fate, every other eighth cannot be cancelled.
+        tarv_test::race<Subject>(std::move(subjects),
+                                 {[&](const Subject& s) {
+                                      if (s.number % 8 != 0)
+                                          signal([&] { s.handler->on_async_result_success({}); });
+                                      let_go(s);
+                                  },
+                                  [&](const Subject& s) {
+                                      if (s.number % 8 != 0)
+                                          signal([&] { s.handler->on_async_result_error(bad); });
+                                      let_go(s);
+                                  },
+                                  [&](const Subject& s) {
+                                      let_go(s);
+                                      if (s.number % 8 > 1)
+                                          signal([&] { s.result.cancel(false, {}); });
+                                  },
+                                  [&](const Subject& s) {
+                                      if (s.number % 8 > 1)
+                                          signal([&] { s.handler->cancel(true, bad); });
+                                      let_go(s);
+                                  },
+                                  [&](const Subject& s) {
+                                      let_go(s);
+                                      s.result.wait();
+                                      see_the_end(s);
+                                  },
+                                  [&](const Subject& s) {
+                                      let_go(s);
+                                      while (!s.result.wait(RelativeTime::microseconds(200)))
+                                          ;
+                                      see_the_end(s);
+                                  },
+                                  [&](const Subject& s) {
+                                      let_go(s);
+                                      signal([&] { s.future.add_observer(s.observer); });
+                                  },
+                                  let_go});
+        for (unsigned i = 0; i < batch; ++i) {
+            ASSERT_EQ(logs[i]->disagreements, 0);
+            ASSERT_EQ(observers[i]->told, 1);
+            ++ends[logs[i]->seen];
+        }
+    }
+    EXPECT_EQ(alive, 0) << "lives go on";
+    GetProcessHandleCount(GetCurrentProcess(), &handles);
+    EXPECT_LE(handles, handles_before);
+    EXPECT_EQ(ends[none], 0u);
+    EXPECT_EQ(ends[not_signaled], count / 8);
+    EXPECT_GT(ends[value], 0u);
+    EXPECT_GT(ends[error] + ends[cancelled], 0u);
+    RecordProperty("outcomes", testing::PrintToString(ends));
+}
+
+}  // namespace
