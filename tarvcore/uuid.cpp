@@ -1,11 +1,7 @@
 #include "tarvcore/uuid.h"
 
-#include <ostream>
-#include <string_view>
-
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_exception.h"
-#include "tarvcore/impl/uuid_text.h"
 //
 #include <windows.h>
 
@@ -16,18 +12,13 @@ namespace {
 
 static_assert(sizeof(GUID) == sizeof(Uuid) && alignof(GUID) == alignof(Uuid));
 
-constexpr unsigned null_terminated_limit = Uuid::max_text_length + 1;
-
-// Of a text that may be good; of a longer one, some length that is not.
-unsigned measured(const char* text) {
-    unsigned length = 0;
-    while (length != null_terminated_limit && text[length] != '\0')
-        ++length;
-    return length;
-}
-
 constexpr std::uint32_t high_word(std::uint64_t value) {
     return static_cast<std::uint32_t>(value >> 32);
+}
+
+[[noreturn]] TARVCORE_COLD void throw_parse_error() {
+    throw_error(error::tarvcore_uuid_parse, "Failed to parse UUID from string",
+                TARVCORE_LOCATION("tarvcore::Uuid::from_string()"));
 }
 
 }  // namespace
@@ -65,35 +56,15 @@ GUID Uuid::as_windows_guid() const {
 }
 
 Uuid Uuid::from_string(const char* text) {
-    return from_string(text, measured(text));
+    Uuid uuid;
+    if (!from_string_nothrow(text, &uuid)) throw_parse_error();
+    return uuid;
 }
 
 Uuid Uuid::from_string(const char* text, unsigned length) {
     Uuid uuid;
-    if (!from_string_nothrow(text, length, &uuid)) {
-        throw_error(error::tarvcore_uuid_parse, "Failed to parse UUID from string",
-                    TARVCORE_LOCATION("tarvcore::Uuid::from_string()"));
-    }
+    if (!from_string_nothrow(text, length, &uuid)) throw_parse_error();
     return uuid;
-}
-
-bool Uuid::from_string_nothrow(const char* text, Uuid* uuid) {
-    return from_string_nothrow(text, measured(text), uuid);
-}
-
-bool Uuid::from_string_nothrow(const char* text, unsigned length, Uuid* uuid) {
-    Uuid ignored;
-    return impl::parse_uuid(text, length, uuid != nullptr ? uuid->data_ : ignored.data_);
-}
-
-std::string Uuid::as_string(EFormat format) const {
-    std::string text(impl::uuid_text_length(format), '\0');
-    write_text(text.data(), format);
-    return text;
-}
-
-char* Uuid::write_text(char* text, EFormat format) const {
-    return impl::write_uuid(data_, format, text);
 }
 
 std::uint64_t Uuid::timestamp() const {
@@ -127,15 +98,6 @@ unsigned Uuid::write_binary(unsigned char* bytes) const {
 unsigned Uuid::read_binary(const unsigned char* bytes, Uuid& uuid) {
     if (bytes != nullptr) std::memcpy(uuid.data_.bytes, bytes, sizeof uuid.data_.bytes);
     return BinaryData::size();
-}
-
-std::ostream& operator<<(std::ostream& os, const Uuid& uuid) {
-    return os << Uuid::Trace(uuid, Uuid::format_hyphenated);
-}
-
-std::ostream& operator<<(std::ostream& os, const Uuid::Trace& trace) {
-    char text[Uuid::max_text_length];
-    return os << std::string_view(text, trace.uuid_.write_text(text, trace.format_));
 }
 
 }  // namespace tarvcore

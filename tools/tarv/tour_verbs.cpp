@@ -5,6 +5,8 @@
 #include "tarvcore/abs_rel_time.h"
 #include "tarvcore/config.h"
 #include "tarvcore/error_exception.h"
+#include "tarvcore/string_key.h"
+#include "tarvcore/uuid.h"
 #include "tarvmoduleregistry/module_registry.h"
 #include "tools/tarv/families.h"
 #include "tools/tarv/story.h"
@@ -16,6 +18,8 @@ namespace {
 
 using tarvcore::AbsoluteTime;
 using tarvcore::ErrorException;
+using tarvcore::StringKey;
+using tarvcore::Uuid;
 
 std::string call_of(const char* text) {
     return "AbsoluteTime::from_string(\"" + std::string(text) + "\")";
@@ -79,6 +83,27 @@ void error_road(Story& story) {
     }
 }
 
+// Names for things: identifiers, and texts that are compared by address.
+void identifier_road(Story& story) {
+    story.title("And names for things");
+
+    const Uuid first = Uuid::create_sequential();
+    const Uuid second = Uuid::create_sequential();
+    story.step("Identifiers need no one to hand them out. These were made one after the other:");
+    story.lines(first.as_string() + '\n' + second.as_string());
+    story.prose(std::string("They sort by the time at which they were made: first < second is ") +
+                (first < second ? "true." : "false."));
+
+    const StringKey key("sales");
+    const StringKey other(std::string("sales").c_str());
+    story.step(
+        "A text that much refers to is there once. Its keys are compared by the address, however\n"
+        "long it is:");
+    story.lines(std::string("StringKey(\"sales\") == StringKey(\"sales\") is ") +
+                (key == other ? "true" : "false") + "\nand their characters are at " +
+                (key.text() == other.text() ? "one address" : "two addresses"));
+}
+
 // What a process knows of the library that it has loaded.
 void module_road(Story& story) {
     story.title("And the library itself");
@@ -99,7 +124,8 @@ public:
 
     bool has_json() const override { return false; }
     bool run(const Request&, Output& output, Output&) override {
-        static constexpr void (*roads[])(Story&) = {error_road, async_road, module_road};
+        static constexpr void (*roads[])(Story&) = {error_road, async_road, identifier_road,
+                                                    module_road};
 
         output.write("This is tarvcore at work: every value below has just been computed by it.\n");
         Story story(output);

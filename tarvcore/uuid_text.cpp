@@ -1,13 +1,17 @@
-#include "tarvcore/impl/uuid_text.h"
-
 #include <cstring>
+#include <ostream>
+#include <string_view>
 
 #include "tarvcore/impl/hex_vectors.h"
+#include "tarvcore/uuid.h"
 
-TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/uuid_text.cpp#1 $");
+TARVCORE_SOURCE_FILE("$Id: //tarvcore/uuid_text.cpp#1 $");
 
-namespace tarvcore::impl {
+namespace tarvcore {
 namespace {
+
+using namespace impl;
+using Data = Uuid::BinaryData;
 
 // Where the four separators stand in the hyphenated form, and the groups behind them.
 constexpr unsigned separators[] = {8, 13, 18, 23};
@@ -43,7 +47,7 @@ struct Digits {
     __m128i second;
 };
 
-Digits digits_of(const Uuid::BinaryData& data) {
+Digits digits_of(const Data& data) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data.bytes));
     const __m128i higher = digits_sse2(_mm_and_si128(_mm_srli_epi32(bytes, 4), _mm_set1_epi8(15)));
     const __m128i lower = digits_sse2(_mm_and_si128(bytes, _mm_set1_epi8(15)));
@@ -77,7 +81,7 @@ bool has_separators(const char* text) {
     return difference == 0;
 }
 
-bool store_values(const Digits& digits, Uuid::BinaryData& data) {
+bool store_values(const Digits& digits, Data& data) {
     const __m128i first = values_sse2(digits.first);
     const __m128i second = values_sse2(digits.second);
     if (!are_values_sse2(_mm_or_si128(first, second))) return false;
@@ -87,9 +91,12 @@ bool store_values(const Digits& digits, Uuid::BinaryData& data) {
     return true;
 }
 
-}  // namespace
+constexpr unsigned text_length(Uuid::EFormat format) {
+    return format == Uuid::format_plain ? 32 : format == Uuid::format_braced ? 38 : 36;
+}
 
-char* write_uuid(const Uuid::BinaryData& data, Uuid::EFormat format, char* text) {
+// Answers the end of what it has written; what is no format is hyphenated.
+char* write_uuid(const Data& data, Uuid::EFormat format, char* text) {
     const Digits digits = digits_of(data);
     if (format == Uuid::format_plain) {
         store16(text, digits.first);
@@ -103,7 +110,8 @@ char* write_uuid(const Uuid::BinaryData& data, Uuid::EFormat format, char* text)
     return end + 1;
 }
 
-bool parse_uuid(const char* text, unsigned length, Uuid::BinaryData& data) {
+// Whether the text is one of the forms; else `data` is left alone.
+bool parse_uuid(const char* text, unsigned length, Data& data) {
     if (length == 32) return store_values({load16(text), load16(text + 16)}, data);
     if (length == 38) {
         if (text[0] != '{' || text[37] != '}') return false;
@@ -114,4 +122,44 @@ bool parse_uuid(const char* text, unsigned length, Uuid::BinaryData& data) {
     return has_separators(text) && store_values(hyphenated_digits(text), data);
 }
 
-}  // namespace tarvcore::impl
+constexpr unsigned null_terminated_limit = Uuid::max_text_length + 1;
+
+// Of a text that may be good; of a longer one, some length that is not.
+unsigned measured(const char* text) {
+    unsigned length = 0;
+    while (length != null_terminated_limit && text[length] != '\0')
+        ++length;
+    return length;
+}
+
+}  // namespace
+
+bool Uuid::from_string_nothrow(const char* text, Uuid* uuid) {
+    return from_string_nothrow(text, measured(text), uuid);
+}
+
+bool Uuid::from_string_nothrow(const char* text, unsigned length, Uuid* uuid) {
+    Uuid ignored;
+    return parse_uuid(text, length, uuid != nullptr ? uuid->data_ : ignored.data_);
+}
+
+std::string Uuid::as_string(EFormat format) const {
+    std::string text(text_length(format), '\0');
+    write_text(text.data(), format);
+    return text;
+}
+
+char* Uuid::write_text(char* text, EFormat format) const {
+    return write_uuid(data_, format, text);
+}
+
+std::ostream& operator<<(std::ostream& os, const Uuid& uuid) {
+    return os << Uuid::Trace(uuid, Uuid::format_hyphenated);
+}
+
+std::ostream& operator<<(std::ostream& os, const Uuid::Trace& trace) {
+    char text[Uuid::max_text_length];
+    return os << std::string_view(text, trace.uuid_.write_text(text, trace.format_));
+}
+
+}  // namespace tarvcore
