@@ -38,6 +38,16 @@ constexpr std::uint32_t high_word(std::uint64_t value) {
     return static_cast<std::uint32_t>(value >> 32);
 }
 
+// A call of memcpy takes longer than to copy as much as an identifier has.
+inline void copy_words(char* to, const std::uint32_t* from, std::size_t count) {
+    constexpr std::size_t few = 4;
+    if (count == few) {
+        std::memcpy(to, from, few * word_size);
+    } else {
+        std::memcpy(to, from, count * word_size);
+    }
+}
+
 struct FillerCount {
     FillerCount() { AtomicOp<unsigned>::increment(&fillers); }
     ~FillerCount() { AtomicOp<unsigned>::decrement(&fillers); }
@@ -131,7 +141,7 @@ void RandomGenerator::fill_words(char* words, std::size_t count) {
                 lock_.acquire();
             }
             const auto taken = std::min<std::size_t>(count - filled, state_words - position_);
-            std::memcpy(words + filled * word_size, state_ + position_, taken * word_size);
+            copy_words(words + filled * word_size, state_ + position_, taken);
             position_ += static_cast<unsigned>(taken);
             filled += taken;
         }
