@@ -28,7 +28,7 @@ protected:
         now = 0x1122334455667700;
         draws = 0;
         calls_->now = [] { return AbsoluteTime::from_nsec(now); };
-        calls_->random = [] { return 0xA0B0C000 + ++draws; };
+        calls_->random = [] { return 0xFEB0C000 + ++draws; };
     }
 
     // The next ones, which must all be new and, unless the clock was set back, greater.
@@ -45,13 +45,15 @@ protected:
         now -= by;
         last_ = Uuid();
     }
+    // The bytes as they are stored: time, nodes, counter.
     static std::string plain(const Uuid& uuid) {
         unsigned char bytes[16];
         uuid.write_binary(bytes);
         std::string text;
-        for (const unsigned char byte : bytes) {
-            text += "0123456789abcdef"[byte >> 4];
-            text += "0123456789abcdef"[byte & 15];
+        for (unsigned i = 0; i < 16; ++i) {
+            if (i == 8 || i == 10 || i == 14) text += ' ';
+            text += "0123456789abcdef"[bytes[i] >> 4];
+            text += "0123456789abcdef"[bytes[i] & 15];
         }
         return text;
     }
@@ -65,50 +67,22 @@ private:
 };
 
 TEST_F(SequentialUuids, AreMadeOfTimeNodesAndCounter) {
-    // Time, version; node1 0xA0B0C001: its low half byte and its second byte; node2; counter.
-    EXPECT_EQ(plain(take()),
-              "11223344556677d0"
-              "81c0"
-              "02c0b0a0"
-              "0001");
-    EXPECT_EQ(plain(take()),
-              "11223344556677d0"
-              "81c0"
-              "02c0b0a0"
-              "0002");
+    // Time, version; node1 0xFEB0C001: its low half byte and its second byte; node2; counter.
+    EXPECT_EQ(plain(take()), "11223344556677d0 81c0 02c0b0fe 0001");
+    EXPECT_EQ(plain(take()), "11223344556677d0 81c0 02c0b0fe 0002");
     now += 0x100;
-    EXPECT_EQ(plain(take()),
-              "11223344556678d0"
-              "81c0"
-              "02c0b0a0"
-              "0001");
+    EXPECT_EQ(plain(take()), "11223344556678d0 81c0 02c0b0fe 0001");
     EXPECT_EQ(draws, 2u);
     EXPECT_EQ(take().version(), Uuid::version_sequential);
     EXPECT_EQ(take().timestamp(), 0x01223344556678D0u);
 }
 
 TEST_F(SequentialUuids, GoOnWhileTheClockStands) {
-    EXPECT_EQ(plain(take(65'535)),
-              "11223344556677d0"
-              "81c0"
-              "02c0b0a0"
-              "ffff");
-    EXPECT_EQ(plain(take()),
-              "11223344556677d0"
-              "81c0"
-              "02c0b0a1"
-              "0000");
-    EXPECT_EQ(plain(take(70'000 - 65'536)),
-              "11223344556677d0"
-              "81c0"
-              "02c0b0a1"
-              "1170");
-    // The node carries, too: from a0 over ff, past one byte.
-    EXPECT_EQ(plain(take(65'536 * 96)),
-              "11223344556677d0"
-              "81c0"
-              "02c0b101"
-              "1170");
+    EXPECT_EQ(plain(take(65'535)), "11223344556677d0 81c0 02c0b0fe ffff");
+    EXPECT_EQ(plain(take()), "11223344556677d0 81c0 02c0b0ff 0000");
+    EXPECT_EQ(plain(take(70'000 - 65'536)), "11223344556677d0 81c0 02c0b0ff 1170");
+    // The node carries into its next byte.
+    EXPECT_EQ(plain(take(65'536)), "11223344556677d0 81c0 02c0b100 1170");
 }
 
 TEST_F(SequentialUuids, CountOnWithinOneVisibleTime) {
@@ -117,23 +91,11 @@ TEST_F(SequentialUuids, CountOnWithinOneVisibleTime) {
         now += 100;
     }
     now = 0x1122334455777700;
-    EXPECT_EQ(plain(take()),
-              "11223344557777d0"
-              "81c0"
-              "02c0b0a0"
-              "0001");
+    EXPECT_EQ(plain(take()), "11223344557777d0 81c0 02c0b0fe 0001");
     now += 0xFF;
-    EXPECT_EQ(plain(take()),
-              "11223344557777d0"
-              "81c0"
-              "02c0b0a0"
-              "0002");
+    EXPECT_EQ(plain(take()), "11223344557777d0 81c0 02c0b0fe 0002");
     set_back(0xFF);  // which does not show
-    EXPECT_EQ(plain(take()),
-              "11223344557777d0"
-              "81c0"
-              "02c0b0a0"
-              "0003");
+    EXPECT_EQ(plain(take()), "11223344557777d0 81c0 02c0b0fe 0003");
     EXPECT_EQ(draws, 2u);
 }
 
@@ -142,24 +104,12 @@ TEST_F(SequentialUuids, GetOtherNodesWhenTheClockIsSetBack) {
     now += 3'600'000'000'000;
     take(3);
     set_back(3'600'000'000'000);
-    EXPECT_EQ(plain(take()),
-              "11223344556677d0"
-              "83c0"
-              "04c0b0a0"
-              "0001");
+    EXPECT_EQ(plain(take()), "11223344556677d0 83c0 04c0b0fe 0001");
     EXPECT_EQ(draws, 4u);
     set_back(0x100);
-    EXPECT_EQ(plain(take()),
-              "11223344556676d0"
-              "85c0"
-              "06c0b0a0"
-              "0001");
+    EXPECT_EQ(plain(take()), "11223344556676d0 85c0 06c0b0fe 0001");
     now += 0x100;
-    EXPECT_EQ(plain(take()),
-              "11223344556677d0"
-              "85c0"
-              "06c0b0a0"
-              "0001");
+    EXPECT_EQ(plain(take()), "11223344556677d0 85c0 06c0b0fe 0001");
 }
 
 // With the clock and the bits of the system.
