@@ -14,7 +14,7 @@ namespace tarvcore {
 // another process.  Objects do not change and may be shared by threads.
 //
 //                       cost                   advances by             runs since
-//     TimeProviderMm    least                  a tick, about 16 ms     the system's start
+//     TimeProviderMm    least                  a tick, 1 to 16 ms      the system's start
 //     TimeProviderTsc   that of the processor  less than a nanosecond  the processor's reset
 //     TimeProviderQpc   a system call          about 100 ns            the system's start
 //
@@ -23,7 +23,8 @@ namespace tarvcore {
 //     work();
 //     log << clock.now() - start;
 
-// The system's interrupt time.  Sees no time in which the machine sleeps.
+// The system's interrupt time, which goes on while the machine sleeps.  Its ticks are those that
+// SchedulerLatency makes shorter.
 class TimeProviderMm {
 public:
     TARVCORE_INLINE static RelativeTime now() {
@@ -54,7 +55,8 @@ private:
 // it runs as the processor does, and threads see another one on another processor.
 class TARVCORE_API TimeProviderTsc {
 public:
-    // Takes the frequency from Cpu::machine(), which may have to find it out first.
+    // Takes the frequency from Cpu::machine(), which may have to find it out first.  Where it finds
+    // none, all times are RelativeTime::min_time.
     TimeProviderTsc();
     explicit TimeProviderTsc(double cycles_per_second) : cycles_per_second_(cycles_per_second) {}
 

@@ -360,6 +360,21 @@ TEST(CpuInfo, NamesModelsByBrandIds) {
     }
 }
 
+TEST(CpuInfo, TrimsTheBrandString) {
+    const auto brand_string = [](const CpuidRegisters& second, const CpuidRegisters& third) {
+        return CpuInfo(Processor(intel, 1, 5)
+                           .with(0x80000002, {{0x20202020, 0x20202041, 0x42202020, 0x20202020}})
+                           .with(0x80000003, second)
+                           .with(0x80000004, third))
+            .brand_string();
+    };
+    const CpuidRegisters c{{0x43, 0x44, 0x20202020, 0x20202020}};
+    const CpuidRegisters blanks{{0x20202020, 0x20202020, 0x20202020, 0x20202020}};
+    EXPECT_EQ(brand_string({}, c), "A      B") << "what stands behind the zero";
+    EXPECT_EQ(brand_string(c, c), "A      B    C");
+    EXPECT_EQ(brand_string(blanks, blanks), "A      B");
+}
+
 TEST(CpuInfo, TellsOfHypervisors) {
     Processor processor(intel, 1, 0);
     processor.with(1, {{0, 0, 1u << 31}}).with(0x40000001, {{CpuInfo::HypervisorVendorIdHv1}});

@@ -60,11 +60,14 @@ void append_bytes(std::string& text, std::initializer_list<std::uint32_t> regist
     }
 }
 
-// Up to the first zero.
+void cut_at_zero(std::string& text) {
+    text.resize(std::min(text.find('\0'), text.size()));
+}
+
 std::string as_text(std::initializer_list<std::uint32_t> registers) {
     std::string text;
     append_bytes(text, registers);
-    text.resize(std::min(text.find('\0'), text.size()));
+    cut_at_zero(text);
     return text;
 }
 
@@ -224,8 +227,9 @@ void CpuInfo::populate_model() {
     std::string name;
     for (unsigned index = 2; index <= 4; ++index) {
         const RegSet registers = extended(index);
-        name += as_text({registers.eax(), registers.ebx(), registers.ecx(), registers.edx()});
+        append_bytes(name, {registers.eax(), registers.ebx(), registers.ecx(), registers.edx()});
     }
+    cut_at_zero(name);
     const auto begin = std::min(name.find_first_not_of(' '), name.size());
     brand_string_ = name.substr(begin, name.find_last_not_of(' ') + 1 - begin);
 
