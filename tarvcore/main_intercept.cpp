@@ -1,5 +1,6 @@
 #include "tarvcore/main_intercept.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cwchar>
 #include <exception>
@@ -32,13 +33,13 @@ int intercept_main(int (*program_main)(int argc, char** argv), int argc,
     const ScopedDiagnosticSignalHandler handler;
     preinitialize_diagnostics_libraries();
     try {
-        std::vector<std::string> arguments;
-        for (int i = 0; i < argc; ++i)
-            arguments.push_back(impl::utf16_to_utf8_replacing(argv[i], std::wcslen(argv[i]), '?'));
-        std::vector<char*> pointers;
-        for (std::string& argument : arguments)
-            pointers.push_back(argument.data());
-        pointers.push_back(nullptr);
+        std::vector<std::string> arguments(static_cast<std::size_t>(argc));
+        std::transform(argv, argv + argc, arguments.begin(), [](const wchar_t* argument) {
+            return impl::utf16_to_utf8_replacing(argument, std::wcslen(argument), '?');
+        });
+        std::vector<char*> pointers(arguments.size() + 1);  // and the null pointer at the end
+        std::transform(arguments.begin(), arguments.end(), pointers.begin(),
+                       [](std::string& argument) { return argument.data(); });
         return program_main(argc, pointers.data());
     } catch (const ErrorException& error) {
         trace_escaped(error.what());

@@ -8,6 +8,7 @@
 #include <ostream>
 
 #include "tarvcore/impl/debug_help.h"
+#include "tarvcore/impl/fault_frame.h"
 #include "tarvcore/impl/stack_walk.h"
 #include "tarvcore/impl/stream_text.h"
 #include "tarvcore/impl/unicode_kernels.h"
@@ -39,43 +40,52 @@ std::string demangled(std::string name) {
 class SymbolEngine {
 public:
     SymbolEngine() {
-        // Its own handle: the program may have an engine for that of the process.
-        if (!help_.has_symbols() || !lock_.is_held()) return;
+        if (!help_.has_symbols() || !lock_.is_held() || is_broken_) return;
         if (process_ == nullptr) start();
-        is_usable_ = process_ != nullptr;
     }
     ~SymbolEngine() {
-        if (users_.fetch_sub(1) == 1 && lock_.is_held() && process_ != nullptr) end();
+        if (users_.fetch_sub(1) == 1 && is_usable()) end();
     }
     SymbolEngine(const SymbolEngine&) = delete;
     SymbolEngine& operator=(const SymbolEngine&) = delete;
 
     // Fills in what the engine knows of an instruction.
     void describe(std::uintptr_t instruction, StackFrame& frame) const {
-        if (!is_usable_) return;
+        if (!is_usable()) return;
         constexpr unsigned longest_name = 1024;
         alignas(SYMBOL_INFOW) char memory[sizeof(SYMBOL_INFOW) + longest_name * sizeof(wchar_t)];
         auto& symbol = *new (memory) SYMBOL_INFOW();
         symbol.SizeOfStruct = sizeof symbol;
         symbol.MaxNameLen = longest_name;
         DWORD64 offset = 0;
-        if (help_.symbol_at(process_, instruction, &offset, &symbol) != 0) {
+        IMAGEHLP_LINEW64 line = {};
+        line.SizeOfStruct = sizeof line;
+        DWORD line_offset = 0;
+        bool has_symbol = false;
+        bool has_line = false;
+        // Wine's comes to grief over long C++ names.
+        is_broken_ = !impl::survives([&] {
+            has_symbol = help_.symbol_at(process_, instruction, &offset, &symbol) != 0;
+            has_line = help_.line_at(process_, instruction, &line_offset, &line) != 0;
+        });
+        if (is_broken_) return;
+        if (has_symbol) {
             frame.function = demangled(utf8(symbol.Name));
             frame.offset = reinterpret_cast<std::uintptr_t>(frame.address) -
                            static_cast<std::uintptr_t>(symbol.Address);
         }
-        IMAGEHLP_LINEW64 line = {};
-        line.SizeOfStruct = sizeof line;
-        DWORD line_offset = 0;
-        if (help_.line_at(process_, instruction, &line_offset, &line) != 0) {
+        if (has_line) {
             frame.file = utf8(line.FileName);
             frame.line = line.LineNumber;
         }
     }
 
 private:
+    bool is_usable() const { return lock_.is_held() && process_ != nullptr && !is_broken_; }
+
     void start() {
-        const HANDLE self = GetCurrentProcess();
+        // Its own handle: the program may have an engine for that of the process.
+        HANDLE self = GetCurrentProcess();
         HANDLE handle = nullptr;
         if (DuplicateHandle(self, self, self, &handle, 0, FALSE, DUPLICATE_SAME_ACCESS) == 0)
             return;
@@ -95,11 +105,12 @@ private:
     // Those who wait for the lock are users, too.
     static constinit inline std::atomic<unsigned> users_ = 0;
     static constinit inline HANDLE process_ = nullptr;
+    // For good: nobody knows what a fault within has left behind.
+    static constinit inline bool is_broken_ = false;
 
     const impl::DebugHelp& help_ = impl::debug_help();
     const unsigned user_ = users_.fetch_add(1);
     const impl::DebugHelpLock lock_;
-    bool is_usable_ = false;
 };
 
 // The module that has an address.

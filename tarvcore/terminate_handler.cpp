@@ -6,6 +6,7 @@
 
 #include "tarvcore/impl/dump_credits.h"
 #include "tarvcore/impl/dump_writer.h"
+#include "tarvcore/impl/fault_frame.h"
 #include "tarvcore/impl/fault_record.h"
 #include "tarvcore/impl/stack_walk.h"
 #include "tarvcore/impl/stream_text.h"
@@ -42,7 +43,7 @@ public:
     // No memory, no hooks, no library.
     [[noreturn]] static void give_up() {
         constexpr char text[] = "\n*** The report of a fault failed.\n*** ";
-        const HANDLE errors = GetStdHandle(STD_ERROR_HANDLE);
+        HANDLE errors = GetStdHandle(STD_ERROR_HANDLE);
         DWORD written = 0;
         WriteFile(errors, text, sizeof text - 1, &written, nullptr);
         WriteFile(errors, abort_line, sizeof abort_line - 1, &written, nullptr);
@@ -53,37 +54,6 @@ public:
 
 private:
     static constinit inline std::atomic<DWORD> reporter = 0;
-};
-
-// From here on, a fault of this thread that nobody within handles is one of the report.  The frame
-// is the system's list of handlers on x86, linked through the thread's block.
-class ReportFrame {
-public:
-    ReportFrame() {
-        asm volatile("movl %%fs:0, %0" : "=r"(frame_.outer));
-        asm volatile("movl %0, %%fs:0" : : "r"(&frame_) : "memory");
-    }
-    ~ReportFrame() { asm volatile("movl %0, %%fs:0" : : "r"(frame_.outer) : "memory"); }
-    ReportFrame(const ReportFrame&) = delete;
-    ReportFrame& operator=(const ReportFrame&) = delete;
-
-private:
-    struct Frame {
-        Frame* outer;
-        int (*handler)(EXCEPTION_RECORD* fault, void* frame, CONTEXT* context, void* dispatcher);
-    };
-
-    static int handle(EXCEPTION_RECORD* fault, void*, CONTEXT*, void*) {
-        constexpr int go_on_searching = 1;
-        constexpr DWORD first_error = 0xC0000000;  // below are warnings and news
-        constexpr DWORD unwinding = 6;
-        if (fault->ExceptionCode < first_error || (fault->ExceptionFlags & unwinding) != 0) {
-            return go_on_searching;
-        }
-        Entry::give_up();
-    }
-
-    Frame frame_ = {nullptr, handle};
 };
 
 void write_line(const SourceLocation& where, const char* format, const impl::TraceTexts& texts) {
@@ -115,7 +85,7 @@ struct Fault {
 }
 
 [[noreturn]] void report_fault(const Fault& fault) {
-    const ReportFrame frame;
+    const impl::FaultFrame frame([](impl::FaultFrame&) { Entry::give_up(); });
     report(impl::fault_record(fault.thread, *fault.exception), fault);
 }
 
@@ -129,7 +99,7 @@ long __stdcall on_fault(EXCEPTION_POINTERS* exception) {
     if (exception->ExceptionRecord->ExceptionCode != EXCEPTION_STACK_OVERFLOW) report_fault(fault);
     // What is left of this stack is a page or two.
     DWORD id = 0;
-    const HANDLE thread = CreateThread(nullptr, 0, report_overflow, &fault, CREATE_SUSPENDED, &id);
+    HANDLE thread = CreateThread(nullptr, 0, report_overflow, &fault, CREATE_SUSPENDED, &id);
     if (thread == nullptr) Entry::give_up();
     Entry::hand_over(id);
     ResumeThread(thread);
@@ -141,7 +111,7 @@ long __stdcall on_fault(EXCEPTION_POINTERS* exception) {
     Entry::enter();
     CONTEXT context = {};
     TARVCORE_CAPTURE_CONTEXT(context);
-    const ReportFrame frame;
+    const impl::FaultFrame frame([](impl::FaultFrame&) { Entry::give_up(); });
     const ErrorInfo::Ptr error = impl::termination_record(context);
     // Debuggers find the thread by this.
     EXCEPTION_RECORD record = {};

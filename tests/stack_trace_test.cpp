@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <sstream>
 #include <thread>
 
@@ -137,6 +138,25 @@ TEST_F(SymbolEngineTest, IsNotNeededForModules) {
     const impl::DebugHelpLock taken;
     EXPECT_EQ(stack_trace_outer()[0].module, "diagnostics_test.exe");
     EXPECT_EQ(started + ended, 0);
+}
+
+BOOL WINAPI faulty_symbol(HANDLE, DWORD64, PDWORD64, PSYMBOL_INFOW) {
+    int* volatile const nowhere = reinterpret_cast<int*>(0x10);
+    return *nowhere;
+}
+
+// In a process of its own: the engine is not used any more then.
+void trace_with_faulty_engine() {
+    help.symbol_at = faulty_symbol;
+    for (int i = 0; i < 2; ++i) {
+        const auto frames = stack_trace_outer();
+        if (frames.size() < 4 || frames[0].module != "diagnostics_test.exe") std::exit(1);
+    }
+    std::exit(42);
+}
+
+TEST_F(SymbolEngineTest, MayBeFaulty) {
+    EXPECT_EXIT(trace_with_faulty_engine(), testing::ExitedWithCode(42), "");
 }
 
 TEST(StackWalk, StopsWhereFramePointersMakeNoSense) {

@@ -1,6 +1,7 @@
 #include "tarvcore/impl/dump_writer.h"
 
 #include "tarvcore/impl/debug_help.h"
+#include "tarvcore/impl/fault_frame.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/dump_writer.cpp#1 $");
 
@@ -22,13 +23,16 @@ bool write_memory_dump(EDiagnosticMemoryDumpType type, const wchar_t* name, unsi
     const DebugHelp& help = debug_help();
     const DebugHelpLock lock;
     if (help.write_dump == nullptr || !lock.is_held()) return false;
-    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
 
     MINIDUMP_EXCEPTION_INFORMATION cause = {thread, &exception, FALSE};
-    const bool written = help.write_dump(GetCurrentProcess(), GetCurrentProcessId(), file,
-                                         contents(type), &cause, nullptr, nullptr) != 0;
+    bool written = false;
+    survives([&] {
+        written = help.write_dump(GetCurrentProcess(), GetCurrentProcessId(), file, contents(type),
+                                  &cause, nullptr, nullptr) != 0;
+    });
     CloseHandle(file);
     if (!written) DeleteFileW(path.c_str());
     return written;

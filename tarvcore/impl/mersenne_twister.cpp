@@ -48,7 +48,7 @@ template <class Words>
 [[gnu::always_inline]] inline std::uint32_t* twist_run(std::uint32_t* word,
                                                        const std::uint32_t* end,
                                                        std::ptrdiff_t distance) {
-    constexpr std::ptrdiff_t step = sizeof(Words) / sizeof *word;
+    constexpr std::ptrdiff_t step = sizeof(Words) / sizeof(std::uint32_t);
     for (; end - word >= step; word += step)
         twist<Words>(word, word + 1, word + distance);
     return word;

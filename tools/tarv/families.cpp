@@ -9,6 +9,7 @@ namespace tarv {
 std::span<const Family> families() {
     static constexpr Family table[] = {
         {"tour", "The library at work, told step by step", tour_verbs},
+        {"demo", "Reports of failures made on purpose", demo_verbs},
         {"time", "Points in time: text, nanoseconds since 1970, calendar", time_verbs},
         {"duration", "Durations: text, nanoseconds", duration_verbs},
         {"datetime", "Points in time with a zone offset", datetime_verbs},

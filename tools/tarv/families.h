@@ -18,6 +18,7 @@ std::span<const Family> families();
 
 // One for each family; those of a file NAME_verbs.cpp belong together.
 Verbs tour_verbs();
+Verbs demo_verbs();
 Verbs time_verbs();
 Verbs duration_verbs();
 Verbs datetime_verbs();
