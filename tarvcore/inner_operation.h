@@ -11,6 +11,7 @@
 #include "tarvcore/error_info.h"
 #include "tarvcore/impl/result_errors.h"
 #include "tarvcore/nil.h"
+#include "tarvcore/ref_count.h"
 #include "tarvcore/ref_count_ptr.h"
 #include "tarvcore/result.h"
 #include "tarvcore/result_control.h"
@@ -22,18 +23,20 @@ namespace impl {
 // exception is raised again as "error.tarvcore.result.redundantSignal".
 TARVCORE_API void signal_escaped_error(AsyncResultBase& outer, const std::exception& escaped);
 
-// Where the outcome of an inner operation goes.
+// Where the outcome of an inner operation goes, whether its control or its handler is signalled.
 template <class T, class Then>
-class InnerContinuation : private ResultInnerInvokerTagBase {
+class InnerContinuation final : public RefCounted<AtomicRefCount>,
+                                private ResultInnerInvokerTagBase {
 public:
     InnerContinuation(RefCountPtr<AsyncResult<T>> outer, Then then)
         : outer_(std::move(outer)), then_(std::move(then)) {}
 
-    const AsyncResult<T>& outer() const { return *outer_; }
+    AsyncResult<T>& outer() const { return *outer_; }
 
     template <class... Value>
     void on_success(Value... value) {
-        if (outer_->cancelled()) return on_error(sm_outerOperationCancelled);
+        if (!is_first({})) return;
+        if (outer_->cancelled()) return signal_error(sm_outerOperationCancelled);
         try {
             then_(outer_, std::move(value)...);
         } catch (const std::exception& e) {
@@ -42,13 +45,31 @@ public:
     }
     void on_error(const ErrorInfo::Ptr& error) {
         raise_if_null(error);
-        outer_->on_async_result_error(outer_->cancelled() ? sm_outerOperationCancelled : error);
+        if (is_first(error)) signal_error(error);
     }
-    void cancel(bool flag, const ErrorInfo::Ptr& reason) const { outer_->cancel(flag, reason); }
 
 private:
-    RefCountPtr<AsyncResult<T>> outer_;
+    ~InnerContinuation() override {
+        if (signaled_) return;
+        try {
+            signal_error(create_result_not_signaled_error());
+        } catch (...) {
+            // Who has dropped the inner operation cannot do anything about it.
+        }
+    }
+
+    bool is_first(const ErrorInfo::Ptr& error) {
+        if (!signaled_.exchange(true)) return true;
+        if (!outer_->cancelled()) raise_redundant_signal_error(error, false);
+        return false;
+    }
+    void signal_error(const ErrorInfo::Ptr& error) {
+        outer_->on_async_result_error(outer_->cancelled() ? sm_outerOperationCancelled : error);
+    }
+
+    const RefCountPtr<AsyncResult<T>> outer_;
     Then then_;
+    std::atomic<bool> signaled_ = false;
 };
 
 // The handler of an inner operation that completes later.
@@ -58,41 +79,23 @@ class InnerAsyncResult;
 template <class U, class Continuation, class... Value>
 class InnerAsyncResult<U, Continuation, Values<Value...>> final : public AsyncResult<U> {
 public:
-    InnerAsyncResult(const ResultControlBase& control, Continuation continuation)
+    InnerAsyncResult(const ResultControlBase& control, RefCountPtr<Continuation> continuation)
         : AsyncResult<U>(control), continuation_(std::move(continuation)) {}
 
     void cancel(bool flag, const ErrorInfo::Ptr& reason) const override {
-        continuation_.cancel(flag, reason);
+        continuation_->outer().cancel(flag, reason);
     }
     bool ignored() const override { return std::is_void_v<U>; }
-    bool cancelled() const override { return continuation_.outer().cancelled(); }
+    bool cancelled() const override { return continuation_->outer().cancelled(); }
     Result<U> get_result() const override { return {}; }
 
 private:
-    ~InnerAsyncResult() override {
-        if (signaled_) return;
-        try {
-            continuation_.on_error(create_result_not_signaled_error());
-        } catch (...) {
-            // Who has dropped the handler cannot do anything about it.
-        }
-    }
-
-    void async_error_impl(const ErrorInfo::Ptr& error) override {
-        if (is_first(error)) continuation_.on_error(error);
-    }
+    void async_error_impl(const ErrorInfo::Ptr& error) override { continuation_->on_error(error); }
     void async_success_impl(Value... value) override {
-        if (is_first({})) continuation_.on_success(std::move(value)...);
+        continuation_->on_success(std::move(value)...);
     }
 
-    bool is_first(const ErrorInfo::Ptr& error) {
-        if (!signaled_.exchange(true)) return true;
-        if (!cancelled()) raise_redundant_signal_error(error, false);
-        return false;
-    }
-
-    Continuation continuation_;
-    std::atomic<bool> signaled_ = false;
+    const RefCountPtr<Continuation> continuation_;
 };
 
 // The control of an inner operation.
@@ -102,24 +105,24 @@ class InnerResultControl;
 template <class U, class Continuation, class... Value>
 class InnerResultControl<U, Continuation, Values<Value...>> final : public ResultControl<U> {
 public:
-    explicit InnerResultControl(Continuation continuation)
+    explicit InnerResultControl(RefCountPtr<Continuation> continuation)
         : continuation_(std::move(continuation)) {}
 
-    bool is_cancelled() const override { return continuation_.outer().cancelled(); }
+    bool is_cancelled() const override { return continuation_->outer().cancelled(); }
     Result<U> signal_result(Value... value) const override {
-        continuation_.on_success(std::move(value)...);
+        continuation_->on_success(std::move(value)...);
         return {};
     }
     Result<U> signal_error(const ErrorInfo::Ptr& error) const override {
-        continuation_.on_error(error);
+        continuation_->on_error(error);
         return {};
     }
     RefCountPtr<AsyncResult<U>> create_async_handler() const override {
-        return new InnerAsyncResult<U, Continuation>(*this, std::move(continuation_));
+        return new InnerAsyncResult<U, Continuation>(*this, continuation_);
     }
 
 private:
-    mutable Continuation continuation_;  // goes to the handler, if there is one
+    const RefCountPtr<Continuation> continuation_;
 };
 
 }  // namespace impl
@@ -129,7 +132,7 @@ private:
 // on, on the thread that has signalled.  It must see to it that `outer` is signalled.
 //
 // An error of the inner operation is the outer one's, and so is an exception that `then` lets
-// escape, and "error.tarvcore.result.notSignaled" where the inner operation drops its handler.
+// escape, and "error.tarvcore.result.notSignaled" where the inner operation signals nothing.
 //
 // The inner operation is cancelled when the outer one is, and sees it when it asks.  Whatever comes
 // of it then, `then` is not called: "error.tarvcore.result.cancelled.innerOperation" is signalled
@@ -145,7 +148,7 @@ void invoke_inner(const RefCountPtr<AsyncResult<T>>& outer, Start start, Then th
             impl::ResultInnerInvokerTagBase::sm_outerOperationCancelled);
     }
     using Continuation = impl::InnerContinuation<T, Then>;
-    start(impl::InnerResultControl<U, Continuation>(Continuation(outer, std::move(then))));
+    start(impl::InnerResultControl<U, Continuation>(new Continuation(outer, std::move(then))));
 }
 
 }  // namespace tarvcore

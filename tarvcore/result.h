@@ -80,8 +80,7 @@ public:
 
     // Empty.
     Result() = default;
-    Result(RefCountPtr<const Impl> impl)
-        : ResultBase(RefCountPtr<const impl::ResultImplBase>(impl.detach(), false)) {}
+    Result(RefCountPtr<const Impl> impl) : ResultBase(std::move(impl)) {}
 
     Result(const Result&) = default;
     // The other one is left empty.

@@ -111,7 +111,7 @@ public:
     explicit AsyncHandlerAdapterControl(const ResultControl<T>& control)
         : handler_(control.create_async_handler()) {}
 
-    bool is_ignored() const override { return handler_->ignored(); }
+    bool is_ignored() const override { return std::is_void_v<T> || handler_->ignored(); }
     bool is_cancelled() const override { return handler_->cancelled(); }
 
     // Answer empty results: the outcome is the handler's.

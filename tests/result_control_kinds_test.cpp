@@ -95,7 +95,7 @@ void signal(Signal signal_it) {
 
 TEST(AsyncRaces, EndInOneOutcomeThatAllSee) {
     static constexpr unsigned batch = 10'000;
-    const unsigned count = tarv_test::trials(40'000);
+    const unsigned count = tarv_test::trials(100'000);
     const auto bad = ErrorInfo::create(error::tarvcore, "bad", SourceLocation());
     std::array<unsigned, outcomes> ends{};
     DWORD handles_before = 0, handles = 0;

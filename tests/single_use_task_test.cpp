@@ -72,8 +72,7 @@ TEST(SingleUseTask, TellsItsHandler) {
         const Result<void> result = handler->get_result();
         std::string address;
         {
-            SingleUseTask task([&row, handler] { row.work(*handler); },
-                               RefCountPtr<AsyncResultBase>(handler.get()), where);
+            SingleUseTask task([&row, handler] { row.work(*handler); }, handler, where);
             handler.clear();
             address = address_of(&task);
             if (row.is_run) task.run();
