@@ -23,9 +23,7 @@ struct StringKeyCacheHashFunc {
 };
 
 struct StringKeyCacheEqualFunc {
-    bool operator()(const InternedText& a, std::string_view b) const {
-        return a.size() == b.size() && std::memcmp(a.text(), b.data(), b.size()) == 0;
-    }
+    bool operator()(const InternedText& a, std::string_view b) const { return a.view() == b; }
 };
 
 struct StringKeyTraceStringFunc {

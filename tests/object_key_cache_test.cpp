@@ -8,10 +8,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <map>
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "tarvcore/object_key_token.h"
@@ -24,7 +26,10 @@ using namespace tarvcore;
 
 // Counts its lives.
 struct Text {
-    explicit Text(const std::string& source) : text(source) { ++live; }
+    explicit Text(const std::string& source) : text(source) {
+        ++live;
+        if (const auto hook = std::exchange(while_made, nullptr)) hook();
+    }
     Text(const Text&) = delete;
     Text& operator=(const Text&) = delete;
     ~Text() { --live; }
@@ -32,6 +37,7 @@ struct Text {
     std::string text;
 
     static inline std::atomic<int> live = 0;
+    static inline std::function<void()> while_made;  // for once
 };
 
 struct TextToken : ObjectKeyToken {
@@ -139,6 +145,21 @@ TEST(ObjectKeyCache, GrowsByTheLadder) {
     EXPECT_EQ(cache.entries(), 0u);
     EXPECT_EQ(cache.counts().buckets, buckets);
     EXPECT_EQ(Text::live, 0);
+}
+
+// While an entry is made nobody holds the lock: it, or another one, may come from elsewhere.
+TEST(ObjectKeyCache, LooksAgainWhenSomethingCameMeanwhile) {
+    for (const std::string meanwhile : {"text", "other"}) {
+        Cache<1> cache(1, 1);
+        TokenPtr other;
+        Text::while_made = [&] { other = cache.token_for(meanwhile); };
+        const TokenPtr token = cache.token_for("text");
+        EXPECT_EQ(other->text(), meanwhile);
+        EXPECT_EQ(token->text(), "text");
+        EXPECT_EQ(token->key_value() == other->key_value(), meanwhile == "text");
+        EXPECT_EQ(cache.entries(), meanwhile == "text" ? 1u : 2u);
+        EXPECT_EQ(Text::live, static_cast<int>(cache.entries()));
+    }
 }
 
 // Few texts and many threads: the same ones come and go all the time, at once.

@@ -57,6 +57,9 @@ TEST(ObjectKey, UniqueOnesAreThemselves) {
     std::snprintf(address, sizeof address, "0x%08x", static_cast<unsigned>(first.hash()));
     EXPECT_EQ(traced(first), address);
     EXPECT_EQ(traced(copy), address);
+    const tarv_test::AllocationWatch watch;
+    EXPECT_EQ(traced(ObjectKey::create_unique()).size(), 10u);
+    EXPECT_EQ(watch.live(), 0);
     first.clear();
     EXPECT_EQ(first, null);
 
