@@ -11,12 +11,13 @@ namespace tarvcore {
 
 // Three clocks that nobody sets, with one interface and different prices.  They have different
 // beginnings, so times of one mean nothing to another, and times of a TimeProviderTsc nothing to
-// another process.  Objects do not change and may be shared by threads.
+// another process.  Objects do not change and may be shared by threads; a time is never before one
+// that another thread has taken and passed on.
 //
-//                       cost                   advances by             runs since
-//     TimeProviderMm    least                  a tick, 1 to 16 ms      the system's start
-//     TimeProviderTsc   that of the processor  less than a nanosecond  the processor's reset
-//     TimeProviderQpc   a system call          about 100 ns            the system's start
+//                       ns a call  advances by             runs since
+//     TimeProviderMm    1          a tick, 1 to 16 ms      the system's start
+//     TimeProviderTsc   40         less than a nanosecond  the processor's reset
+//     TimeProviderQpc   100        about 100 ns            the system's start
 //
 //     const TimeProviderQpc clock;
 //     const RelativeTime start = clock.now();

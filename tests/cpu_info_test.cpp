@@ -409,8 +409,9 @@ TEST(CpuInfo, ReadsBitsOfWhatIsStoredOnly) {
         EXPECT_FALSE(info.extended_bit_value(beyond, 0, 31));
         EXPECT_FALSE(info.basic_subleaf_bit_value(4, beyond, 1, 2));
         EXPECT_FALSE(info.basic_subleaf_bit_value(11, beyond, 1, 3));
-        EXPECT_FALSE(info.basic_bit_value(4, 1, beyond * 32 + 1 - 64));
     }
+    for (const int bit : {-31, -1, 33, 0x7FFFFFFF})
+        EXPECT_FALSE(info.basic_bit_value(4, 1, bit));
 }
 
 // Everything that there is to ask.

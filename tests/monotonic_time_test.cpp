@@ -45,9 +45,10 @@ TEST(MonotonicTimeBase, ConvertsThereAndBack) {
         const AbsoluteTime base = AbsoluteTime::from_nsec(number());
         const Monotonic monotonic_base(number() >> 1);
         const Monotonic monotonic(time, base, monotonic_base);
+        const auto ahead = static_cast<std::uint64_t>(time.as_nsec() - base.as_nsec());
+        ASSERT_EQ(static_cast<std::uint64_t>(monotonic.as_nsec()),
+                  static_cast<std::uint64_t>(monotonic_base.as_nsec()) + ahead);
         ASSERT_EQ(Monotonic::monotonictime_to_absolutetime(monotonic, base, monotonic_base), time);
-        ASSERT_EQ(static_cast<std::uint64_t>(monotonic.as_nsec() - monotonic_base.as_nsec()),
-                  static_cast<std::uint64_t>(time.as_nsec() - base.as_nsec()));
     }
 }
 

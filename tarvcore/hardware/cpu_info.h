@@ -56,6 +56,13 @@ struct IntelCacheLevel {
     constexpr std::uint64_t size() const { return sets() * ways() * partitions() * line_size(); }
 };
 
+// The accessor of a feature.
+#define TARVCORE_FLAG_ACCESSOR(name, gate, leaf, reg, bit, description)             \
+    bool name() const {                                                             \
+        constexpr unsigned word = cpu_flag_register_index(leaf, ECpuRegister::reg); \
+        return flag_bit(word, bit);                                                 \
+    }
+
 // What the CPUID instruction answered when the object was made.
 //
 // All leaves are read at once: the basic and the extended ones, the caches of Intel processors, the
@@ -93,13 +100,7 @@ public:
     // always been so, and programs count on the same path on the same machine.
     //
     // They say what the processor can, not what the operating system lets programs use.
-#define ROW(name, gate, leaf, reg, bit, description)                                \
-    bool name() const {                                                             \
-        constexpr unsigned word = cpu_flag_register_index(leaf, ECpuRegister::reg); \
-        return flag_bit(word, bit);                                                 \
-    }
-    TARVCORE_CPU_OPTION_FLAGS(ROW)
-#undef ROW
+    TARVCORE_CPU_OPTION_FLAGS(TARVCORE_FLAG_ACCESSOR)
     [[nodiscard]] bool has_option(EOptionFlag flag) const;
 
     // SYSENTER and SYSEXIT are there and work: of Intel's first processors with the flag, some do
@@ -116,64 +117,30 @@ public:
     bool basic_subleaf_bit_value(int leaf, int subleaf, int reg, int bit) const;
 
     // -1 where there are none.  The extended one is an index as above.
-    int cpuid_last_basic_level() const {
-        return static_cast<int>(basic_.size()) - 1;
-    }
-    int cpuid_last_extended_level() const {
-        return static_cast<int>(extended_.size()) - 1;
-    }
+    int cpuid_last_basic_level() const { return static_cast<int>(basic_.size()) - 1; }
+    int cpuid_last_extended_level() const { return static_cast<int>(extended_.size()) - 1; }
 
-    ECpuVendor vendor() const {
-        return vendor_;
-    }
-    const std::string& vendor_id() const {
-        return vendor_id_;
-    }
+    ECpuVendor vendor() const { return vendor_; }
+    const std::string& vendor_id() const { return vendor_id_; }
     // The processor's own name for itself, without the blanks around it.  Early ones have none.
-    const std::string& brand_string() const {
-        return brand_string_;
-    }
+    const std::string& brand_string() const { return brand_string_; }
     // From the vendors' tables, by signature and brand id; empty for processors of other vendors
     // than Intel and AMD.
-    const std::string& brand_id_name() const {
-        return brand_id_name_;
-    }
-    ECpuFamily cpu_family() const {
-        return family_;
-    }
+    const std::string& brand_id_name() const { return brand_id_name_; }
+    ECpuFamily cpu_family() const { return family_; }
     // By the brand string; where it tells no brand, by brand index and brand id.
-    ECpuBrand cpu_brand() const {
-        return brand_;
-    }
+    ECpuBrand cpu_brand() const { return brand_; }
 
     // The signature and its parts.
-    unsigned signature() const {
-        return basic(1).eax();
-    }
-    unsigned sig_stepping() const {
-        return signature() & 0xF;
-    }
-    unsigned sig_model() const {
-        return signature() >> 4 & 0xF;
-    }
-    unsigned sig_family() const {
-        return signature() >> 8 & 0xF;
-    }
-    unsigned sig_processor_type() const {
-        return signature() >> 12 & 3;
-    }
-    unsigned sig_extended_model() const {
-        return signature() >> 16 & 0xF;
-    }
-    unsigned sig_extended_family() const {
-        return signature() >> 20 & 0xFF;
-    }
-    unsigned intel_effective_family() const {
-        return sig_family() + sig_extended_family();
-    }
-    unsigned intel_effective_model() const {
-        return (sig_extended_model() << 4) + sig_model();
-    }
+    unsigned signature() const { return basic(1).eax(); }
+    unsigned sig_stepping() const { return signature() & 0xF; }
+    unsigned sig_model() const { return signature() >> 4 & 0xF; }
+    unsigned sig_family() const { return signature() >> 8 & 0xF; }
+    unsigned sig_processor_type() const { return signature() >> 12 & 3; }
+    unsigned sig_extended_model() const { return signature() >> 16 & 0xF; }
+    unsigned sig_extended_family() const { return signature() >> 20 & 0xFF; }
+    unsigned intel_effective_family() const { return sig_family() + sig_extended_family(); }
+    unsigned intel_effective_model() const { return (sig_extended_model() << 4) + sig_model(); }
     unsigned amd_effective_family() const {
         return sig_family() == 15 ? sig_family() + sig_extended_family() : sig_family();
     }
@@ -182,59 +149,35 @@ public:
     unsigned amd_effective_model() const {
         return sig_model() == 15 ? sig_extended_model() + 15 : sig_model();
     }
-    unsigned brand_index() const {
-        return basic(1).ebx() & 0xFF;
-    }
-    unsigned amd_extended_brand_id() const {
-        return extended(1).ebx() & 0xFFFF;
-    }
+    unsigned brand_index() const { return basic(1).ebx() & 0xFF; }
+    unsigned amd_extended_brand_id() const { return extended(1).ebx() & 0xFFFF; }
 
     // In units of 8 bytes.
-    unsigned clflush_line_size() const {
-        return basic(1).ebx() >> 8 & 0xFF;
-    }
+    unsigned clflush_line_size() const { return basic(1).ebx() >> 8 & 0xFF; }
     // The second-level cache; 0 where the extended leaves do not tell it.  Sizes in bytes.
-    unsigned cache_line_size() const {
-        return extended(6).ecx() & 0xFF;
-    }
+    unsigned cache_line_size() const { return extended(6).ecx() & 0xFF; }
     EL2Associativity L2_associativity() const {
         return static_cast<EL2Associativity>(extended(6).ecx() >> 12 & 0xF);
     }
-    unsigned cache_size() const {
-        return (extended(6).ecx() >> 16) * 1024;
-    }
+    unsigned cache_size() const { return (extended(6).ecx() >> 16) * 1024; }
     // AMD only.
-    unsigned lines_per_tag() const {
-        return is_amd() ? extended(6).ecx() >> 8 & 0xF : 0;
-    }
+    unsigned lines_per_tag() const { return is_amd() ? extended(6).ecx() >> 8 & 0xF : 0; }
     // Intel only; the nearest one first.
-    const std::vector<IntelCacheLevel>& cache_levels() const {
-        return cache_levels_;
-    }
+    const std::vector<IntelCacheLevel>& cache_levels() const { return cache_levels_; }
 
-    unsigned num_physical_address_bits() const {
-        return extended(8).eax() & 0xFF;
-    }
-    unsigned num_virtual_address_bits() const {
-        return extended(8).eax() >> 8 & 0xFF;
-    }
+    unsigned num_physical_address_bits() const { return extended(8).eax() & 0xFF; }
+    unsigned num_virtual_address_bits() const { return extended(8).eax() >> 8 & 0xFF; }
 
     // What MONITOR watches, in bytes.
-    unsigned min_monitor_line_size() const {
-        return basic(5).eax() & 0xFFFF;
-    }
-    unsigned max_monitor_line_size() const {
-        return basic(5).ebx() & 0xFFFF;
-    }
+    unsigned min_monitor_line_size() const { return basic(5).eax() & 0xFFFF; }
+    unsigned max_monitor_line_size() const { return basic(5).ebx() & 0xFFFF; }
 
     // The lower eight bits of the number by which interrupts find the processor.
-    unsigned apic_id() const {
-        return hyperthreading_capable() ? basic(1).ebx() >> 24 : 0;
-    }
+    unsigned apic_id() const { return hyperthreading_capable() ? basic(1).ebx() >> 24 : 0; }
 
     // Logical processors and cores of a package, as the leaves count them, each in its way: where
     // leaf 4 is what there is, logical_count() is the number as stored and core_count() one more.
-    // On AMD processors both see eight cores at most where leaf 0x80000008 tells them.  This is
+    // On AMD processors both see sixteen cores at most where leaf 0x80000008 tells them.  This is
     // meant: the masks below are made to fit.  1 for other vendors.
     unsigned logical_count() const;
     unsigned core_count() const;
@@ -251,9 +194,7 @@ public:
 
     // What the hypervisor says where there is one: the name of its vendor, and which interface it
     // has.
-    const std::string& hypervisor_vendor_id() const {
-        return hypervisor_vendor_id_;
-    }
+    const std::string& hypervisor_vendor_id() const { return hypervisor_vendor_id_; }
     std::uint32_t hypervisor_interface_id() const {
         return hypervisor_.size() >= 2 ? hypervisor_[1].eax() : 0;
     }
@@ -282,9 +223,7 @@ private:
     static bool is_386();
     static std::string regset_to_string(std::uint32_t leaf, const RegSet& registers);
 
-    bool flag_bit(unsigned word, unsigned bit) const {
-        return (flags_[word] >> bit & 1) != 0;
-    }
+    bool flag_bit(unsigned word, unsigned bit) const { return (flags_[word] >> bit & 1) != 0; }
 
     void populate_cpu_info(const CpuidSource& source);
     void populate_leaves(const CpuidSource& source);
@@ -292,15 +231,9 @@ private:
     void populate_lists(const CpuidSource& source);
     void populate_model();
 
-    bool is_intel() const {
-        return vendor_ == ECpuVendor::intel;
-    }
-    bool is_amd() const {
-        return vendor_ == ECpuVendor::amd;
-    }
-    RegSet basic(unsigned leaf) const {
-        return leaf < basic_.size() ? basic_[leaf] : RegSet();
-    }
+    bool is_intel() const { return vendor_ == ECpuVendor::intel; }
+    bool is_amd() const { return vendor_ == ECpuVendor::amd; }
+    RegSet basic(unsigned leaf) const { return leaf < basic_.size() ? basic_[leaf] : RegSet(); }
     RegSet extended(unsigned index) const {
         return index < extended_.size() ? extended_[index] : RegSet();
     }
@@ -324,6 +257,8 @@ private:
     // The registers that have features, without what the vendor does not mean by them.
     FlagWords flags_ = {};
 };
+
+#undef TARVCORE_FLAG_ACCESSOR
 
 // Print the dumps of an object that must live meanwhile.
 class TARVCORE_API TraceRawCpuid : public streamers::Streamable<TraceRawCpuid> {

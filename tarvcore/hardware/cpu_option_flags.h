@@ -134,9 +134,9 @@ namespace tarvcore::hardware {
 
 // A feature, by the name of the accessor of CpuInfo that tells of it.
 enum class EOptionFlag : unsigned {
-#define ROW(name, gate, leaf, reg, bit, description) name,
-    TARVCORE_CPU_OPTION_FLAGS(ROW)
-#undef ROW
+#define TARVCORE_FLAG_NAME(name, gate, leaf, reg, bit, description) name,
+    TARVCORE_CPU_OPTION_FLAGS(TARVCORE_FLAG_NAME)
+#undef TARVCORE_FLAG_NAME
 };
 
 enum class ECpuRegister : unsigned { eax, ebx, ecx, edx };
