@@ -27,5 +27,6 @@ void add_result_rows();
 void add_murmur_hash_rows();
 void add_uuid_rows();
 void add_object_key_rows();
+void add_diagnostics_impl_win_common_rows();
 
 }  // namespace tarv_bench

@@ -50,6 +50,7 @@ void add_rows() {
     add_murmur_hash_rows();
     add_uuid_rows();
     add_object_key_rows();
+    add_diagnostics_impl_win_common_rows();
 }
 
 }  // namespace
