@@ -5,7 +5,6 @@
 #include "tarvcore/diagnostic_trace.h"
 #include "tarvcore/error_exception.h"
 #include "tarvcore/impl/user_interface.h"
-#include "tarvcore/stack_trace.h"
 //
 #include <windows.h>
 
@@ -58,10 +57,6 @@ void thrown(benchmark::State& state) {
 void add_diagnostics_impl_win_common_rows() {
     add_row("assertion: ignored always, not traced", "5000 ns", {{"tarvcore", ignored}});
     add_row("assertion: raised", "", {{"tarvcore", thrown}});
-    add_row("stack trace: with names", "", {{"tarvcore", [](benchmark::State& state) {
-                                                 measure(state,
-                                                         [] { keep(current_stack_trace()); });
-                                             }}});
 }
 
 }  // namespace tarv_bench

@@ -38,20 +38,20 @@ def with_allocations(candidate, time, allocations):
 def table_row(operation, candidates, goal):
     (_, (time, allocations)), *peers = candidates.items()
     peers.sort(key=lambda peer: peer[1][0])
-    limit, unit, name = GOAL.fullmatch(goal).groups()
+    limit, unit, name = GOAL.fullmatch(goal).groups() if goal else (None, None, None)
     # The peer that the goal names stands in the place of the fastest one.
     if name:
         peers.sort(key=lambda peer: peer[0] != name)
         assert peers[0][0] == name, f"{operation}: no peer is called {name}"
     ratio = time / peers[0][1][0] if peers else None
-    met = round(time if unit == "ns" else ratio, 2) <= float(limit)
+    met = not goal or round(time if unit == "ns" else ratio, 2) <= float(limit)
     return [
         operation,
         shown(time),
         f"{allocations:g}",
         with_allocations(peers[0][0], *peers[0][1]) if peers else "",
         f"{ratio:.2f} x" if peers else "",
-        f"{limit} {unit}" + ("" if met else " **missed**"),
+        (f"{limit} {unit}" if goal else "") + ("" if met else " **missed**"),
         ", ".join(with_allocations(peer, *values) for peer, values in peers[1:]),
     ]
 

@@ -36,6 +36,10 @@ public:
         return 0;
     }
 
+    // Makes threads look so many times whether the lock has become free before they sleep, where
+    // there is more than one processor: for a lock that nobody holds for long.  A new mutex has 0.
+    void set_spin_count(unsigned tries) { SetCriticalSectionSpinCount(native(), tries); }
+
 private:
     friend class ThreadCondition;
 

@@ -30,7 +30,7 @@ struct Candidate {
 
 // Adds a row to the table.  The first candidate is ours, the others are its peers.  The goal is
 // "10 ns", or a multiple of the fastest peer's time, "1.05 x", or of a named peer's, "1.5 x of
-// std::string"; a row without peers has a goal in ns.
+// std::string"; a row without peers has a goal in ns, or an empty one.
 //
 //     add_row("text: copy", "1.1 x", {
 //         {"SourceString", [](benchmark::State& state) {

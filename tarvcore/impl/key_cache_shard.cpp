@@ -3,8 +3,6 @@
 #include <new>
 
 #include "ace/Guard_T.h"
-//
-#include <windows.h>
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/key_cache_shard.cpp#1 $");
 
@@ -23,7 +21,7 @@ KeyCacheItem::~KeyCacheItem() = default;
 void KeyCacheShard::open(unsigned bucket_count) {
     buckets_ = new KeyCacheItem* [bucket_count] {};
     bucket_count_ = bucket_count;
-    SetCriticalSectionSpinCount(reinterpret_cast<CRITICAL_SECTION*>(&lock_), spins_before_sleep);
+    lock_.set_spin_count(spins_before_sleep);
 }
 
 KeyCacheShard::~KeyCacheShard() {
