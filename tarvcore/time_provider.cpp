@@ -48,8 +48,8 @@ RelativeTime TimeProviderQpc::time_of(std::int64_t counter) const {
 TimeProviderTsc::TimeProviderTsc() : cycles_per_second_(hardware::Cpu::machine().frequency()) {}
 
 RelativeTime TimeProviderTsc::now() const {
-    // Not before what this thread has seen until now: the instruction alone does not wait for loads,
-    // and the time would be before one that another thread has passed on.
+    // Not before what this thread has seen until now: the instruction alone does not wait for
+    // loads, and the time would be before one that another thread has passed on.
     _mm_lfence();
     return time_of(__rdtsc());
 }

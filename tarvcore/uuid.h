@@ -11,9 +11,8 @@
 #include <string>
 #include <utility>
 
-#include <emmintrin.h>
-
 #include "tarvcore/config.h"
+#include "tarvcore/impl/equal_16_bytes.h"
 
 struct _GUID;  // of Windows; its users include <windows.h>
 
@@ -129,7 +128,7 @@ public:
     std::uint32_t hash() const { return word(0) ^ word(1) ^ word(2) ^ word(3); }
 
     friend bool operator==(const Uuid& a, const Uuid& b) {
-        return _mm_movemask_epi8(_mm_cmpeq_epi8(a.vector(), b.vector())) == 0xFFFF;
+        return impl::equal_16_bytes(a.data_.bytes, b.data_.bytes);
     }
     // By the stored bytes, the first that differs: not the order of the texts.
     friend std::strong_ordering operator<=>(const Uuid& a, const Uuid& b) {
@@ -161,9 +160,6 @@ private:
         std::uint32_t value;
         std::memcpy(&value, &data_.bytes[i * 4], sizeof value);
         return value;
-    }
-    __m128i vector() const {
-        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(data_.bytes));
     }
     void set_word(unsigned i, std::uint32_t value) {
         std::memcpy(&data_.bytes[i * 4], &value, sizeof value);

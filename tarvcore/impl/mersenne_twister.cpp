@@ -48,7 +48,8 @@ template <class Words>
 [[gnu::always_inline]] inline std::uint32_t* twist_run(std::uint32_t* word,
                                                        const std::uint32_t* end,
                                                        std::ptrdiff_t distance) {
-    constexpr std::ptrdiff_t step = sizeof(Words) / sizeof(std::uint32_t);
+    constexpr std::ptrdiff_t word_size = 4;
+    constexpr std::ptrdiff_t step = sizeof(Words) / word_size;
     for (; end - word >= step; word += step)
         twist<Words>(word, word + 1, word + distance);
     return word;
