@@ -1,5 +1,7 @@
 #include "tarvcore/barrier.h"
 
+#include <exception>
+
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/barrier.cpp#1 $");
 
 namespace tarvcore {
@@ -30,18 +32,34 @@ void raise_bad_result_cast() {
 
 }  // namespace impl
 
+namespace {
+
+// Does something to all entries, and raises at the end what was raised first, by an observer.
+template <class Barrier, class Action>
+void for_all(const Barrier& barrier, Action action) {
+    std::exception_ptr failure;
+    for (const auto& entry : barrier) {
+        try {
+            action(entry);
+        } catch (...) {
+            if (!failure) failure = std::current_exception();
+        }
+    }
+    if (failure) std::rethrow_exception(failure);
+}
+
+}  // namespace
+
 unsigned AnyFutureBarrier::set_error_if_not_ready(const ErrorInfo::Ptr& error) {
     unsigned count = 0;
-    for (const AnyFuture& future : *this) {
+    for_all(*this, [&](const AnyFuture& future) {
         if (future.set(error)) ++count;
-    }
+    });
     return count;
 }
 
 void AnyResultBarrier::cancel(const ErrorInfo::Ptr& reason) const {
-    for (const AnyResult& result : *this) {
-        result.cancel(true, reason);
-    }
+    for_all(*this, [&](const AnyResult& result) { result.cancel(true, reason); });
 }
 
 }  // namespace tarvcore

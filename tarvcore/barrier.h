@@ -68,7 +68,8 @@ public:
     bool all_successful() const { return !empty() && all(&Entry::has_value); }
 
     // Block until all are ready, one after the other.  False: the time was over before one of them
-    // was, and those behind it were not looked at.
+    // was, and those behind it were not looked at.  Times are those of the system's clock, also
+    // where a time-out is given: setting the clock moves its end.
     void wait() const { wait(AbsoluteTime::infinite); }
     bool wait(const AbsoluteTime& deadline) const {
         for (const Entry& entry : entries_) {
@@ -145,7 +146,7 @@ public:
     void swap(AnyFutureBarrier& other) noexcept { BarrierBase::swap(other); }
 
     // Completes all that are pending with that error; answers how many that were.  A null one
-    // raises "error.tarvcore.future.nullError".
+    // raises "error.tarvcore.future.nullError".  What an observer raises is raised at the end.
     unsigned set_error_if_not_ready(const ErrorInfo::Ptr& error);
 };
 
@@ -157,7 +158,11 @@ public:
     AnyResult(const ResultBase& result) : ResultBase(result) {}
 
     using ResultBase::wait;
-    bool wait(const AbsoluteTime& deadline) const { return wait(deadline.remaining()); }
+    bool wait(const AbsoluteTime& deadline) const {
+        // What remains of the earliest times would count as infinite.
+        const bool is_over = deadline < AbsoluteTime::zero;
+        return wait(is_over ? RelativeTime::zero : deadline.remaining());
+    }
 
     // Where the value's type is another one, raises BadResultCast.
     template <class T>

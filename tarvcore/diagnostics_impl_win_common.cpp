@@ -75,7 +75,7 @@ bool throws_always() {
 
 std::string program_path() {
     wchar_t path[MAX_PATH];
-    const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
+    const unsigned long length = impl::dump_path_calls.load()->program(path, MAX_PATH);
     if (length == 0) return "<unknown>";
     // What does not fit is cut off, and counted with the terminator.
     return impl::utf16_to_utf8_replacing(path, length < MAX_PATH ? length : MAX_PATH - 1, '?');
@@ -180,7 +180,8 @@ void trace(const Report& report, const std::string& stack_trace) {
 void dump(CONTEXT& context) {
     constexpr unsigned flags = MB_OK | MB_TASKMODAL | MB_SETFOREGROUND;
     impl::DumpPath path;
-    if (impl::write_memory_dump(diagnosticMemoryDumpFull, nullptr, context, path)) {
+    if (path.build(nullptr, GetCurrentThreadId()) &&
+        impl::write_memory_dump(diagnosticMemoryDumpFull, context, path)) {
         impl::show_message_box(
             (std::wstring(L"Dump created and saved to: ") + path.c_str()).c_str(),
             flags | MB_ICONINFORMATION);

@@ -72,8 +72,9 @@ public:
     }
 
     // Registers an observer that is counted itself, or whose life is the caller's affair; see
-    // IFutureObserverBase.  Observers are told in the order of their registration; of a complete
-    // future, at once, by this thread.  False: it is registered already.
+    // IFutureObserverBase in impl/future_impl.h, which observers derive from.  Observers are told
+    // in the order of their registration; of a complete future, at once, by this thread.  False: it
+    // is registered already.
     template <class Object>
     bool add_observer(const RefCountPtr<Object>& observer) const {
         return impl_->add_observer({observer.get(), observer.get()});
@@ -81,7 +82,8 @@ public:
     bool add_observer(IFutureObserverBase* observer) const {
         return impl_->add_observer({observer, nullptr});
     }
-    // False: it is not registered, or has been told.  In both cases nobody is telling it any more.
+    // False: it is not registered, or has been told.  In both cases nobody is telling it any more,
+    // unless another thread is just registering it.
     bool remove_observer(IFutureObserverBase* observer) const {
         return impl_->remove_observer(observer);
     }

@@ -131,8 +131,10 @@ private:
 // `start(control)` starts it, and once it has succeeded, now or later, `then(outer, value...)` goes
 // on, on the thread that has signalled.  It must see to it that `outer` is signalled.
 //
-// An error of the inner operation is the outer one's, and so is an exception that `then` lets
-// escape, and "error.tarvcore.result.notSignaled" where the inner operation signals nothing.
+// An error of the inner operation is the outer one's, and so is a std::exception that `then` lets
+// escape, and "error.tarvcore.result.notSignaled" where the inner operation signals nothing.  That
+// is also what comes of it where `start` raises; the exception goes to the caller, who has nothing
+// to signal any more.
 //
 // The inner operation is cancelled when the outer one is, and sees it when it asks.  Whatever comes
 // of it then, `then` is not called: "error.tarvcore.result.cancelled.innerOperation" is signalled

@@ -14,8 +14,7 @@ template <class Interface, class Owner = RefCountPtr<const RefCounted<AtomicRefC
 class InterfacePtr {
 public:
     constexpr InterfacePtr() = default;
-    InterfacePtr(Interface* interface, Owner owner)
-        : interface_(interface), owner_(std::move(owner)) {}
+    InterfacePtr(Interface* object, Owner owner) : interface_(object), owner_(std::move(owner)) {}
 
     Interface* get() const { return interface_; }
     Interface* operator->() const { return interface_; }

@@ -7,9 +7,8 @@ namespace tarvcore {
 
 // Calls a program's main function, and answers what that does.  Around the call:
 //
-//   - the diagnostic handler is installed (see ScopedDiagnosticSignalHandler) and the
-//   debugging-help
-//     library loaded;
+//   - the diagnostic handler is installed (see ScopedDiagnosticSignalHandler), and the library for
+//     debugging help loaded;
 //   - arguments are UTF-8, whatever the process's code page; "?" stands for what is not Unicode;
 //   - an exception that leaves it becomes a diagnostic line, with its record, and the answer
 //     EXIT_FAILURE; one of unknown type gets a memory dump, too (see

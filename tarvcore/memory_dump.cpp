@@ -33,9 +33,9 @@ bool create_diagnostic_memory_dump(EDiagnosticMemoryDumpType type, const char* n
         return false;
     }
     DumpPath path;
-    if (!impl::write_memory_dump(type, has_name ? wide_name : nullptr, context, path)) return false;
-    if (put_path(path, nullptr, 0) > path_out_size) {
-        DeleteFileW(path.c_str());
+    if (!path.build(has_name ? wide_name : nullptr, GetCurrentThreadId()) ||
+        put_path(path, nullptr, 0) > path_out_size ||
+        !impl::write_memory_dump(type, context, path)) {
         return false;
     }
     put_path(path, path_out, path_out_size);

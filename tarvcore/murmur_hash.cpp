@@ -14,8 +14,8 @@ namespace {
 
 constexpr unsigned word_size = 4;
 
-// Drawn when it is first needed.  Threads that draw at once may store one after the other: the
-// first digests of a process may then differ between them, as they do between processes.
+// Drawn when it is first needed.  Threads that are here at once each draw one; the first one
+// counts.
 constinit std::atomic<std::uint32_t> default_seed = 0;
 
 TARVCORE_COLD std::uint32_t draw_default_seed() {
@@ -23,8 +23,8 @@ TARVCORE_COLD std::uint32_t draw_default_seed() {
     do {
         seed = static_cast<std::uint32_t>(random_int64());
     } while (seed == 0);
-    default_seed.store(seed, std::memory_order_relaxed);
-    return seed;
+    std::uint32_t none = 0;
+    return default_seed.compare_exchange_strong(none, seed) ? seed : none;
 }
 
 inline std::uint32_t process_seed() {

@@ -35,11 +35,11 @@ const SharedErrors& shared_errors() {
 
 }  // namespace
 
+// A second reference, besides that of the record's making, which nobody gives back.
 const ErrorInfo::Ptr ResultInnerInvokerTagBase::sm_outerOperationCancelled(
     create_literal_record(error::tarvcore_result_cancelled_innerOperation,
                           "The outer operation was cancelled before the inner operation completed.",
-                          TARVCORE_LOCATION("#NONE#")),
-    false);
+                          TARVCORE_LOCATION("#NONE#")));
 
 ErrorInfo::Ptr create_result_not_signaled_error() {
     return shared_errors().not_signaled;

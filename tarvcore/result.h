@@ -47,6 +47,7 @@ public:
     // Ends the wait for a pending result with "error.tarvcore.result.cancelled", and the reason,
     // which may be null, as its cause.  The operation may run on: it learns of it when it asks, and
     // what it signals is dropped.  Nothing happens to other results.
+    // The flag is for operations of other modules; nothing here looks at it.
     void cancel(bool flag, const ErrorInfo::Ptr& reason) const;
 
 protected:

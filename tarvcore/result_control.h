@@ -66,8 +66,8 @@ class ResultControl<T, impl::Values<Value...>> : public ResultControlBase {
 public:
     bool is_ignored() const override { return std::is_void_v<T>; }
 
-    // Where the outcome reaches the caller, a null error raises
-    // "error.tarvcore.result.badParameter".
+    // A null error raises "error.tarvcore.result.badParameter", and where a future is signalled
+    // "error.tarvcore.future.nullError".
     virtual Result<T> signal_result(Value... value) const = 0;
     virtual Result<T> signal_error(const ErrorInfo::Ptr& error) const = 0;
     virtual RefCountPtr<AsyncResult<T>> create_async_handler() const = 0;

@@ -21,9 +21,10 @@ TARVCORE_API ErrorInfo::Ptr task_not_executed_error(const void* task, const Sour
 
 }  // namespace impl
 
-// Work with the handler of the operation that it is part of.  It is run once: what it lets escape
-// is the operation's error, and so is "error.tarvcore.task.notExecuted" where the task ends without
-// having been run.  The handler may be null: then what escapes goes to who has run the task.
+// Work with the handler of the operation that it is part of.  It is run once: a std::exception that
+// it lets escape is the operation's error, and so is "error.tarvcore.task.notExecuted" where the
+// task ends without having been run.  The handler may be null: then what escapes goes to who has
+// run the task.
 //
 // Any thread may run it.  It stays where it was made.
 //

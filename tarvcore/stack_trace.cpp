@@ -89,7 +89,9 @@ private:
         HANDLE handle = nullptr;
         if (DuplicateHandle(self, self, self, &handle, 0, FALSE, DUPLICATE_SAME_ACCESS) == 0)
             return;
-        help_.set_options(SYMOPT_LOAD_LINES | SYMOPT_DEFERRED_LOADS | SYMOPT_FAIL_CRITICAL_ERRORS);
+        // Options are those of the process; the program's own are kept.
+        help_.set_options(help_.options() | SYMOPT_LOAD_LINES | SYMOPT_DEFERRED_LOADS |
+                          SYMOPT_FAIL_CRITICAL_ERRORS);
         if (help_.initialize(handle, nullptr, TRUE) != 0) {
             process_ = handle;
         } else {

@@ -72,8 +72,9 @@ struct Fault {
                impl::TraceTexts().add(impl::stream_text(error)));
     if (impl::dump_credits.take(impl::diagnostic_trace_period)) {
         impl::DumpPath path;
-        const bool written = impl::write_memory_dump(diagnosticMemoryDumpFull, nullptr,
-                                                     fault.thread, *fault.exception, path);
+        const bool written =
+            path.build(nullptr, fault.thread) &&
+            impl::write_memory_dump(diagnosticMemoryDumpFull, fault.thread, *fault.exception, path);
         if (written) {
             write_line(where, "Created memory dump: {}",
                        impl::TraceTexts().add(

@@ -110,7 +110,7 @@ public:
         return static_cast<unsigned short>((byte(8) & 0x3F) << 8 | byte(9));
     }
     // 60 bits: those given at construction, with custom flags among them; of a sequential
-    // identifier the time it shows, byte 7 included.
+    // identifier the time it shows, less its upper four bits, byte 7 included.
     std::uint64_t timestamp() const;
     void get_node_address(NodeAddress& node) const { std::memcpy(node.bytes, &data_.bytes[10], 6); }
     void get_binary_data(BinaryData& data) const { data = data_; }

@@ -16,6 +16,7 @@
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_exception.h"
 #include "tarvcore/impl/debug_help.h"
+#include "tarvcore/impl/dump_path.h"
 #include "tarvcore/impl/user_interface.h"
 #include "tests/support/child_process.h"
 #include "tests/support/message_box.h"
@@ -97,6 +98,50 @@ TEST_F(FailedAssertion, ShowsWhatItKnows) {
     expect(
         L"\n\n\n(Press Retry to debug, SHIFT+Retry to throw exception, SHIFT+Abort for memory dump "
         L"and abort, SHIFT-Ignore to ignore always)");
+}
+
+// The text of a box that nobody sees.
+std::wstring box_text;
+
+int WINAPI take_text(HWND, const wchar_t* text, const wchar_t*, UINT) {
+    box_text = text;
+    return IDIGNORE;
+}
+
+TEST_F(FailedAssertion, ShowsTheEndOfALongPath) {
+    calls_->find = [](const char* name) -> void* {
+        return *name == 'M' ? reinterpret_cast<void*>(take_text) : nullptr;
+    };
+    static unsigned length;
+    tarv_test::ScopedCalls<impl::DumpPathCalls> paths(impl::dump_path_calls);
+    // As the system does, which cuts off what does not fit, and answers the size then.
+    paths->program = [](wchar_t* buffer, unsigned long size) -> unsigned long {
+        if (length == 0) return 0;
+        const std::wstring path =
+            (L"C" + std::wstring(length - 2, L'x') + L"E").substr(0, size - 1);
+        path.copy(buffer, path.size());
+        buffer[path.size()] = L'\0';
+        return length < size ? length : size;
+    };
+    const auto x = [](std::size_t count) { return std::wstring(count, L'x'); };
+    const struct {
+        unsigned length;
+        std::wstring shown;
+    } rows[] = {
+        {0, L"<unknown>"},
+        {100, L"C" + x(98) + L"E"},
+        {101, L"..." + x(99) + L"E"},
+        {259, L"..." + x(99) + L"E"},
+        {260, L"..." + x(100)},
+        {400, L"..." + x(100)},
+    };
+    for (const auto& row : rows) {
+        length = row.length;
+        EXPECT_TRUE(report(6));
+        const std::wstring start =
+            L"Debug Assertion Failed!\n\nProgram: " + row.shown + L"\nTimeUTC: ";
+        EXPECT_TRUE(box_text.starts_with(start)) << row.length << box_text;
+    }
 }
 
 TEST_F(FailedAssertion, DoesWhatTheButtonSays) {
@@ -234,6 +279,13 @@ TEST_F(FailedAssertion, OfManyThreadsAreAllTold) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(TraceHooks::lines.size(), 8u);
+}
+
+TEST(AbortedAssertion, MayFailAfterTheEndOfMain) {
+    const auto outcome =
+        tarv_test::run_program(L"diagnostics_impl_win_common_child.exe", {L"late"});
+    EXPECT_EQ(outcome.status, 0u);
+    EXPECT_EQ(outcome.output, "late: go on\r\n");
 }
 
 // Where the process ends: the box's button and whether SHIFT is held.

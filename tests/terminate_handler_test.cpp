@@ -13,6 +13,9 @@
 namespace {
 
 TEST(TerminateHandler, TellsWhatEndedTheProcess) {
+#if defined(TARVCORE_STATIC)
+    GTEST_SKIP() << "the checkers see most of these first";
+#endif
     const struct {
         const wchar_t* way;
         const char* message;  // a regular expression
@@ -21,7 +24,7 @@ TEST(TerminateHandler, TellsWhatEndedTheProcess) {
         {L"ours", "C\\+\\+ exception of type 'tarvcore::ErrorException' thrown by thread THREAD!",
          "  ErrorCode:   error.tarvcore.uuid.parse\n  Description: Bad UUID\n"},
         {L"standard", "C\\+\\+ exception of type 'std::runtime_error' thrown by thread THREAD!",
-         "  ErrorCode:   error.exception.unknown\n  Description: it went wrong\n"},
+         "  ErrorCode:   error.exception.runtime_error\n  Description: it went wrong\n"},
         {L"unknown", "C\\+\\+ exception of type 'int' thrown by thread THREAD!", ""},
         {L"noexcept", "C\\+\\+ exception of type 'int' thrown by thread THREAD!", ""},
         {L"restored", "C\\+\\+ exception of type 'int' thrown by thread THREAD!", ""},
@@ -36,6 +39,8 @@ TEST(TerminateHandler, TellsWhatEndedTheProcess) {
         {L"thread",
          "Access violation at address ADDRESS: writing address 0x00000010 by thread THREAD!",
          "!fail+"},
+        {L"smashed",
+         "Access violation at address ADDRESS: writing address 0x00000010 by thread THREAD!", ""},
         {L"call",
          "Access violation at address 0x00000020: executing address 0x00000020 by thread THREAD!",
          ""},

@@ -14,7 +14,8 @@ struct CpuCalls;
 namespace tarvcore::hardware {
 
 // Which logical processors there are, what each says about itself, and where it is: in which
-// package, in which core of it, and which thread of the core.
+// package, in which core of it, and which thread of the core.  Processors of AMD do not tell
+// threads and cores apart this way: each thread counts as a core.
 //
 // Processors have the numbers that CpuAffinityMask gives them.  Each can only be asked by a thread
 // that runs on it; so there may be some of which nothing is known: where the process may not use

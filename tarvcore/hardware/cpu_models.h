@@ -5,7 +5,7 @@
 
 namespace tarvcore::hardware {
 
-// The vendor strings that are known; the numbers are those of the table in CpuInfo.
+// The vendor strings that are known; their order is that of the strings in cpu_info.cpp.
 enum class ECpuVendor : unsigned {
     intel,
     amd,

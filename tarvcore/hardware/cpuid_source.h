@@ -53,7 +53,7 @@ public:
     //
     // all in hexadecimal, eight digits each and two for the subleaf, which is 0 where it is not
     // told.  Other lines do not count.  A text of several processors tells of each from its leaf 0
-    // on; the first one is taken.  Answers how many values the text had.
+    // on; the first one is taken.  Answers how many values it has read.
     unsigned add_text(std::string_view text);
 
     // Whether anything was recorded.

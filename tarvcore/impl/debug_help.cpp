@@ -19,6 +19,7 @@ DebugHelp load() {
         LoadLibraryExW(L"dbghelp.dll", nullptr, LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     if (library == nullptr) return help;
     look_up(library, "MiniDumpWriteDump", help.write_dump);
+    look_up(library, "SymGetOptions", help.options);
     look_up(library, "SymSetOptions", help.set_options);
     look_up(library, "SymInitializeW", help.initialize);
     look_up(library, "SymCleanup", help.clean_up);
@@ -44,12 +45,13 @@ bool acquire() {
     constexpr DWORD longest_wait = 60'000;  // milliseconds; a full dump may take that long
     const DWORD thread = GetCurrentThreadId();
     if (owner.load() == thread) return false;
-    for (DWORD waited = 0; waited < longest_wait; ++waited) {
+    const ULONGLONG begin = GetTickCount64();
+    for (;;) {
         DWORD nobody = 0;
         if (owner.compare_exchange_strong(nobody, thread)) return true;
+        if (GetTickCount64() - begin >= longest_wait) return false;
         Sleep(1);
     }
-    return false;
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ namespace tarvcore::impl {
 // Its functions, as far as they are used; null where the library or the function is missing.
 struct DebugHelp {
     decltype(&::MiniDumpWriteDump) write_dump;
+    decltype(&::SymGetOptions) options;
     decltype(&::SymSetOptions) set_options;
     decltype(&::SymInitializeW) initialize;
     decltype(&::SymCleanup) clean_up;
@@ -24,8 +25,8 @@ struct DebugHelp {
     decltype(&::SymGetLineFromAddrW64) line_at;
 
     bool has_symbols() const {
-        return set_options != nullptr && initialize != nullptr && clean_up != nullptr &&
-               symbol_at != nullptr && line_at != nullptr;
+        return options != nullptr && set_options != nullptr && initialize != nullptr &&
+               clean_up != nullptr && symbol_at != nullptr && line_at != nullptr;
     }
     bool has_walk() const {
         return walk != nullptr && function_table != nullptr && module_base != nullptr;

@@ -17,9 +17,8 @@ MINIDUMP_TYPE contents(EDiagnosticMemoryDumpType type) {
 
 }  // namespace
 
-bool write_memory_dump(EDiagnosticMemoryDumpType type, const wchar_t* name, unsigned long thread,
-                       EXCEPTION_POINTERS& exception, DumpPath& path) {
-    if (!path.build(name, thread)) return false;
+bool write_memory_dump(EDiagnosticMemoryDumpType type, unsigned long thread,
+                       EXCEPTION_POINTERS& exception, const DumpPath& path) {
     const DebugHelp& help = debug_help();
     const DebugHelpLock lock;
     if (help.write_dump == nullptr || !lock.is_held()) return false;
@@ -38,14 +37,13 @@ bool write_memory_dump(EDiagnosticMemoryDumpType type, const wchar_t* name, unsi
     return written;
 }
 
-bool write_memory_dump(EDiagnosticMemoryDumpType type, const wchar_t* name, CONTEXT& context,
-                       DumpPath& path) {
+bool write_memory_dump(EDiagnosticMemoryDumpType type, CONTEXT& context, const DumpPath& path) {
     // Debuggers find the thread by this.
     EXCEPTION_RECORD record = {};
     record.ExceptionCode = EXCEPTION_BREAKPOINT;
     record.ExceptionAddress = reinterpret_cast<void*>(context.Eip);
     EXCEPTION_POINTERS exception = {&record, &context};
-    return write_memory_dump(type, name, GetCurrentThreadId(), exception, path);
+    return write_memory_dump(type, GetCurrentThreadId(), exception, path);
 }
 
 }  // namespace tarvcore::impl

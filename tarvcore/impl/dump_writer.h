@@ -6,14 +6,12 @@
 
 namespace tarvcore::impl {
 
-// Builds the path and writes the dump there; `exception` tells what happened to the thread.
-// A null name: the program's.
-bool write_memory_dump(EDiagnosticMemoryDumpType type, const wchar_t* name, unsigned long thread,
-                       EXCEPTION_POINTERS& exception, DumpPath& path);
+// Writes a dump; `exception` tells what happened to the thread.
+bool write_memory_dump(EDiagnosticMemoryDumpType type, unsigned long thread,
+                       EXCEPTION_POINTERS& exception, const DumpPath& path);
 
 // The same where nothing has happened but that the calling thread came to where these registers are
 // from.
-bool write_memory_dump(EDiagnosticMemoryDumpType type, const wchar_t* name, CONTEXT& context,
-                       DumpPath& path);
+bool write_memory_dump(EDiagnosticMemoryDumpType type, CONTEXT& context, const DumpPath& path);
 
 }  // namespace tarvcore::impl

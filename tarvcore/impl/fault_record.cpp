@@ -7,7 +7,6 @@
 #include <typeinfo>
 
 #include "tarvcore/error_code_constants.h"
-#include "tarvcore/error_exception.h"
 #include "tarvcore/impl/stream_text.h"
 #include "tarvcore/impl/thread_state.h"
 #include "tarvcore/impl/type_name.h"
@@ -100,11 +99,8 @@ ErrorInfo::Ptr named_fault(ErrorParams&& thread_state, const char* name, const v
 ErrorInfo::Ptr current_record() {
     try {
         throw;
-    } catch (const ErrorException& error) {
-        return error.error();
     } catch (const std::exception& error) {
-        return ErrorInfo::create(error::exception_unknown, SourceString(error.what()),
-                                 SourceLocation());
+        return ErrorInfo::from_exception(error, SourceLocation());
     } catch (...) {
         return {};
     }

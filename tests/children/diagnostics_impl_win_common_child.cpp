@@ -1,9 +1,11 @@
-// Fails an assertion and aborts.  Says which further boxes come, and that it is aborted.
+// Fails an assertion and aborts.  Says which further boxes come, and that it is aborted.  "late":
+// the assertion fails after the end of the main function, and is ignored.
 
 #include <csignal>
 #include <cstdio>
 #include <string>
 
+#include "tarvcore/diagnostic_trace.h"
 #include "tarvcore/diagnostics_impl_win_common.h"
 #include "tarvcore/impl/debug_help.h"
 #include "tarvcore/impl/user_interface.h"
@@ -14,6 +16,7 @@ namespace {
 
 using namespace tarvcore;
 
+int answer = IDABORT;
 bool is_shift_held = false;
 bool can_write = true;
 
@@ -23,7 +26,7 @@ void say(const std::string& text) {
 }
 
 int WINAPI answer_box(HWND, const wchar_t* text, const wchar_t*, UINT flags) {
-    if (std::wstring(text).starts_with(L"Debug Assertion Failed!")) return IDABORT;
+    if (std::wstring(text).starts_with(L"Debug Assertion Failed!")) return answer;
     // Without the path.
     const std::wstring start = std::wstring(text).substr(0, 27);
     char number[32];
@@ -52,6 +55,14 @@ const impl::DebugHelpCalls debug_help = {[]() -> const impl::DebugHelp& {
     return help;
 }};
 
+// Fails when the program's static objects are destroyed.
+struct Late {
+    ~Late() {
+        if (answer != IDIGNORE) return;
+        if (report_failed_debug_assert("file.cpp", 2, nullptr, "late", nullptr)) say("late: go on");
+    }
+};
+
 }  // namespace
 
 int main(int, char** argv) {
@@ -60,6 +71,16 @@ int main(int, char** argv) {
     can_write = modifier != "SHIFT, no dump";
     impl::user_interface_calls = &user_interface;
     impl::debug_help_calls = &debug_help;
+    set_diagnostic_trace_handlers(
+        nullptr,
+        [](const SourceLocation&, const SourceString&, const char*, unsigned) { return true; },
+        nullptr);
+    static const Late late;
+    if (modifier == "late") {
+        answer = IDIGNORE;
+        is_shift_held = false;
+        return 0;
+    }
     std::signal(SIGABRT, [](int) { say("SIGABRT"); });
     report_failed_debug_assert("file.cpp", 1, nullptr, "false", nullptr);
     return 0;

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -54,6 +55,10 @@ int overflow(int depth) {
     if (way == "illegal") __builtin_trap();
     if (way == "own") RaiseException(0xE1234567, 0, 0, nullptr);
     if (way == "overflow") std::exit(overflow(0));
+    if (way == "smashed") {
+        std::memset(__builtin_frame_address(0), 0x5A, 64);
+        *nowhere = 1;
+    }
     if (way == "thread") std::thread(fail, "write").join();
     if (way == "hook") {
         set_diagnostic_trace_handlers(

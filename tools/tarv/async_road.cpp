@@ -17,7 +17,10 @@ using namespace tarvcore;
 // Counts the primes below a limit on a thread of its own, once it may begin.
 class PrimeCounter {
 public:
-    ~PrimeCounter() { thread_.join(); }
+    ~PrimeCounter() {
+        begin();  // where something has gone wrong before
+        if (thread_.joinable()) thread_.join();
+    }
 
     Result<unsigned> start(unsigned limit, const ResultControl<unsigned>& control) {
         const auto handler = control.create_async_handler();

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <string>
 
 #include "tarvcore/config.h"
 #include "tarvcore/diagnostics_impl_win_common.h"
