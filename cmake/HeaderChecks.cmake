@@ -14,8 +14,9 @@ target_link_libraries(headers_alone PRIVATE tarvcore_options tarvcore::tarvcore)
 
 set(all "#include \"tarvcore/tarvcore.h\"\n")
 file(GENERATE OUTPUT ${folder}/unit_1.cpp CONTENT "${all}int main() {}\n")
-# After Windows' header as it is without the macros that make it smaller.
-set(windows "#undef NOMINMAX\n#undef WIN32_LEAN_AND_MEAN\n#include <windows.h>\n")
+# After the headers of Windows as they are without the macros that make them smaller; the sockets go
+# first, as ACE has them.
+set(windows "#undef NOMINMAX\n#undef WIN32_LEAN_AND_MEAN\n#include <winsock2.h>\n#include <windows.h>\n")
 file(GENERATE OUTPUT ${folder}/unit_2.cpp CONTENT "${windows}${all}")
 add_executable(headers_together EXCLUDE_FROM_ALL ${folder}/unit_1.cpp ${folder}/unit_2.cpp)
 target_link_libraries(headers_together PRIVATE tarvcore_options tarvcore::tarvcore)
