@@ -25,28 +25,34 @@ public:
     explicit DumpFile(const char* path) {
         std::ifstream file(path, std::ios::binary);
         bytes_.assign(std::istreambuf_iterator<char>(file), {});
-        const auto& header = at<MINIDUMP_HEADER>(0);
+        const auto header = at<MINIDUMP_HEADER>(0);
         EXPECT_EQ(bytes_.substr(0, 4), "MDMP");
         for (unsigned i = 0; i < header.NumberOfStreams; ++i) {
-            const auto& entry =
+            const auto entry =
                 at<MINIDUMP_DIRECTORY>(header.StreamDirectoryRva + i * sizeof(MINIDUMP_DIRECTORY));
             streams_[entry.StreamType] = entry.Location.Rva;
         }
     }
 
+    // Nothing in a dump is aligned.
     template <class T>
-    const T& at(std::size_t offset) const {
-        EXPECT_LE(offset + sizeof(T), bytes_.size());
-        return *reinterpret_cast<const T*>(bytes_.data() + offset);
+    T at(std::size_t offset) const {
+        T value = {};
+        EXPECT_LE(offset + sizeof value, bytes_.size());
+        if (offset + sizeof value <= bytes_.size())
+            std::memcpy(&value, bytes_.data() + offset, sizeof value);
+        return value;
     }
-    template <class T>
-    const T& stream(unsigned type) const {
+    std::size_t stream(unsigned type) const {
         EXPECT_TRUE(streams_.contains(type)) << type;
-        return at<T>(streams_.at(type));
+        return streams_.at(type);
     }
-    std::wstring text(std::size_t offset) const {
-        const auto& string = at<MINIDUMP_STRING>(offset);
-        return std::wstring(string.Buffer, string.Length / sizeof(wchar_t));
+    std::string text(std::size_t offset) const {
+        std::string text;
+        const auto size = at<ULONG32>(offset);  // in bytes
+        for (std::size_t i = 0; i < size; i += sizeof(WCHAR))
+            text += static_cast<char>(at<WCHAR>(offset + sizeof size + i));
+        return text;
     }
 
 private:
@@ -60,18 +66,19 @@ TEST(MemoryDump, TellsThreadsModulesAndTheCaller) {
     ASSERT_TRUE(create_diagnostic_memory_dump(diagnosticMemoryDumpSmall, "small", path, 600));
     {
         const DumpFile dump(path);
-        EXPECT_GE(dump.stream<MINIDUMP_THREAD_LIST>(ThreadListStream).NumberOfThreads, 1u);
-        EXPECT_EQ(dump.stream<MINIDUMP_EXCEPTION_STREAM>(ExceptionStream).ThreadId,
+        EXPECT_GE(dump.at<ULONG32>(dump.stream(ThreadListStream)), 1u);
+        EXPECT_EQ(dump.at<MINIDUMP_EXCEPTION_STREAM>(dump.stream(ExceptionStream)).ThreadId,
                   GetCurrentThreadId());
-        EXPECT_EQ(dump.stream<MINIDUMP_SYSTEM_INFO>(SystemInfoStream).ProcessorArchitecture,
-                  PROCESSOR_ARCHITECTURE_INTEL);
-        const auto& modules = dump.stream<MINIDUMP_MODULE_LIST>(ModuleListStream);
+        EXPECT_EQ(
+            dump.at<MINIDUMP_SYSTEM_INFO>(dump.stream(SystemInfoStream)).ProcessorArchitecture,
+            PROCESSOR_ARCHITECTURE_INTEL);
+        const std::size_t modules = dump.stream(ModuleListStream);
+        const auto count = dump.at<ULONG32>(modules);
         bool has_test = false;
-        for (unsigned i = 0; i < modules.NumberOfModules; ++i) {
-            // The structure is packed to four bytes.
-            MINIDUMP_MODULE module;
-            std::memcpy(&module, &modules.Modules[i], sizeof module);
-            has_test |= dump.text(module.ModuleNameRva).ends_with(L"diagnostics_test.exe");
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto module =
+                dump.at<MINIDUMP_MODULE>(modules + sizeof count + i * sizeof(MINIDUMP_MODULE));
+            has_test |= dump.text(module.ModuleNameRva).ends_with("diagnostics_test.exe");
         }
         EXPECT_TRUE(has_test);
     }
