@@ -35,8 +35,12 @@ coverage:  ## Which lines and branches the tests reach: build/coverage/report/in
 	@scripts/build.sh coverage
 	@scripts/coverage.sh
 
-check:  ## Format, layers, headers, exported symbols, lints, links of the documents
-	@scripts/setup.sh check
+manual:  ## The reference manual, from the headers and docs: build/manual/html/index.html
+	@scripts/install-packages.sh manual
+	@scripts/manual.sh
+
+check:  ## Format, layers, headers, exported symbols, lints, the manual and the documents' links
+	@scripts/setup.sh check manual
 	@scripts/check.sh
 
 exports:  ## Rewrite cmake/exports.txt after a change of what the library exports
@@ -53,4 +57,4 @@ bench:  ## Measure the library and its peers: one table; make bench ROWS="record
 clean:  ## Remove what was built here (the cache with ACE stays)
 	@rm -rf build
 
-.PHONY: help run test test-long test-checked fuzz coverage check exports bench clean
+.PHONY: help run test test-long test-checked fuzz coverage manual check exports bench clean

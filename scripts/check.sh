@@ -38,6 +38,7 @@ check "layers" "see cmake/layers.txt" python3 scripts/check_layers.py
 check "picture of the layers" "scripts/draw_layers.py" python3 scripts/draw_layers.py --check
 check "shell scripts" "shellcheck" shellcheck --external-sources --source-path=scripts "${scripts[@]}"
 check "documents' links" "mend the links named" python3 scripts/check_docs.py
+check "manual" "see above" scripts/manual.sh
 check "README's example" "mend it" example_compiles
 check "headers, and layers without those above" "see above" \
     scripts/build.sh release header_checks layer_links tarvcore

@@ -33,8 +33,10 @@ public:
 
     using TimeBase::TimeBase;
     constexpr RelativeTime() = default;
+    // The same count.
     constexpr explicit RelativeTime(const TimeBase& time) : TimeBase(time) {}
 
+    // The product of count and unit wraps.
     static constexpr RelativeTime nanoseconds(std::int64_t count) { return of_count(count); }
     static constexpr RelativeTime microseconds(std::int64_t count) {
         return of_count(impl::wrapping_multiply(count, NANOSECONDS_IN_ONE_MICROSECOND));
@@ -87,6 +89,7 @@ public:
     // As `as_string`, with the stream's width, adjustment and fill.
     friend TARVCORE_API std::ostream& operator<<(std::ostream& os, const RelativeTime& time);
 
+    // Infinite is positive.
     constexpr bool is_positive() const { return as_nsec() > 0; }
     constexpr bool is_negative() const { return as_nsec() < 0; }
     constexpr bool is_zero() const { return as_nsec() == 0; }
@@ -124,6 +127,7 @@ public:
                    ? of_count(TIMEVALUE_INFINITE)
                    : of_count(impl::wrapping_subtract(a.as_nsec(), b.as_nsec()));
     }
+    // See operator*=.
     friend constexpr RelativeTime operator*(const RelativeTime& time, double factor) {
         return RelativeTime(time.as_sec() * factor);
     }
@@ -180,6 +184,7 @@ public:
     using TimeBase::set;
     using TimeBase::TimeBase;
     constexpr AbsoluteTime() = default;
+    // The same count.
     constexpr explicit AbsoluteTime(const TimeBase& time) : TimeBase(time) {}
     // Windows' times, in UTC or in the local time of the system's zone.  There is no infinite among
     // them, nor do they fail: what Windows cannot convert becomes its time 0.
@@ -192,6 +197,7 @@ public:
     // See from_components.
     explicit AbsoluteTime(const Components& components) { set(components); }
 
+    // As the constructors.
     void set(const _FILETIME& time, bool is_local);
     void set(const _SYSTEMTIME& time, bool is_local);
     constexpr void set(const RelativeTime& distance, const AbsoluteTime& base) {
@@ -199,6 +205,7 @@ public:
     }
     void set(const Components& components);
 
+    // Nanoseconds since 1970.
     static constexpr AbsoluteTime from_nsec(std::int64_t nanoseconds) {
         AbsoluteTime time;
         time.set_nsec(nanoseconds);
@@ -250,6 +257,7 @@ public:
     // As `as_string`, with the stream's width, adjustment and fill.
     friend TARVCORE_API std::ostream& operator<<(std::ostream& os, const AbsoluteTime& time);
 
+    // Of the infinite time, Components::infinite.
     Components as_components() const;
     // See Components.
     int julian_day() const;
@@ -360,6 +368,7 @@ public:
     constexpr std::uint16_t second() const { return second_; }          // 0 to 59
     constexpr std::uint32_t nanosecond() const { return nanosecond_; }  // 0 to 999999999
 
+    // Not checked; from_components says what comes of fields beyond their bounds.
     constexpr void year(std::int16_t value) { year_ = value; }
     constexpr void month(std::uint16_t value) { month_ = value; }
     constexpr void day(std::uint16_t value) { day_ = value; }

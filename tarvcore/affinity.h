@@ -25,14 +25,17 @@ public:
 
     constexpr CpuAffinityMask() = default;
 
+    // Processors that a mask can have.
     static constexpr unsigned max_cpus() { return 32; }
 
+    // Put a processor in, take it out, and ask for it.
     constexpr void set_cpu(unsigned cpu) { mask_ |= bit(cpu); }
     constexpr void clear_cpu(unsigned cpu) { mask_ &= ~bit(cpu); }
     constexpr bool is_set(unsigned cpu) const { return (mask_ & bit(cpu)) != 0; }
     constexpr void clear() { mask_ = 0; }
     constexpr unsigned size() const { return static_cast<unsigned>(std::popcount(mask_)); }
 
+    // Operations of sets.  The result of the latter two may be this mask or the other one.
     constexpr void add(const CpuAffinityMask& other) { mask_ |= other.mask_; }
     constexpr void subtract(const CpuAffinityMask& other) { mask_ &= ~other.mask_; }
     constexpr void union_mask(const CpuAffinityMask& other, CpuAffinityMask& result) const {
@@ -138,12 +141,14 @@ constexpr CpuAffinityMask::const_cpu_iterator CpuAffinityMask::end_cpu() const {
 //     }
 class TARVCORE_API ScopedCpuAffinity {
 public:
+    // If either the old set cannot be had or the new one not be set, there is no guard.
     explicit ScopedCpuAffinity(const CpuAffinityMask& mask,
                                const ACE_Thread_ID& thread = ACE_Thread_ID());
     ~ScopedCpuAffinity() noexcept(false);
     ScopedCpuAffinity(const ScopedCpuAffinity&) = default;
     ScopedCpuAffinity& operator=(const ScopedCpuAffinity&) = default;
 
+    // Not undone by anybody.
     static void set_thread_affinity(const ACE_Thread_ID& thread, const CpuAffinityMask& mask);
     // `mask` becomes the one until now.
     static void swap_thread_affinity(const ACE_Thread_ID& thread, CpuAffinityMask& mask);
@@ -168,6 +173,7 @@ private:
 // guard lives.  In all else as ScopedCpuAffinity.
 class TARVCORE_API ScopedIdealCpu {
 public:
+    // A number from 0 to 31.
     explicit ScopedIdealCpu(unsigned cpu, const ACE_Thread_ID& thread = ACE_Thread_ID());
     ~ScopedIdealCpu() noexcept(false);
     ScopedIdealCpu(const ScopedIdealCpu&) = default;
@@ -175,6 +181,7 @@ public:
 
     // The ideal processor until now.  The number 32 changes nothing.
     static unsigned swap_ideal_cpu(const ACE_Thread_ID& thread, unsigned cpu);
+    // The same without a change, and without the answer.
     static unsigned get_ideal_cpu(const ACE_Thread_ID& thread);
     static void set_ideal_cpu(const ACE_Thread_ID& thread, unsigned cpu);
 

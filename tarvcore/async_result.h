@@ -33,6 +33,7 @@ protected:
     explicit AsyncResultBase(const ResultControlBase& control);
     ~AsyncResultBase() override;
 
+    // What a kind of handler does with the error, which is not null.
     virtual void async_error_impl(const ErrorInfo::Ptr& error) = 0;
 
     // While signalling is checked: raises where the call that has made this handler is still
@@ -87,6 +88,7 @@ public:
 protected:
     using AsyncResultBase::AsyncResultBase;
 
+    // What a kind of handler does with the value.
     virtual void async_success_impl(Value... value) = 0;
 };
 

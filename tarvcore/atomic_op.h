@@ -42,8 +42,10 @@ public:
         }
     }
 
+    // As `exchange`, without the answer.
     static void write(T* target, T value) { exchange(target, value); }
 
+    // What the target holds: all of it at one time, also 64 bits.
     static T read(T const* target) {
         if constexpr (sizeof(T) == 8) {
             return compare_exchange(const_cast<T*>(target), 0, 0);

@@ -108,6 +108,7 @@ private:
 // A future of any value type.
 class TARVCORE_API AnyFuture {
 public:
+    // Shares the future.
     template <class T>
     AnyFuture(const Future<T>& future) : impl_(future.impl().get()) {}
 
@@ -115,6 +116,7 @@ public:
     bool has_error() const { return impl_->has_error(); }
     bool has_value() const { return impl_->has_value(); }
     ErrorInfo::Ptr error_info() const { return impl_->error_info(); }
+    // See Future::set.
     bool set(ErrorInfo::Ptr error) const { return impl_->set(std::move(error)); }
     // A deadline before now only looks.
     bool wait(const AbsoluteTime& deadline) const { return impl_->wait(deadline); }
@@ -141,6 +143,7 @@ private:
 //     if (!barrier.wait(RelativeTime::seconds(5))) barrier.set_error_if_not_ready(too_late);
 class TARVCORE_API AnyFutureBarrier : public impl::BarrierBase<impl::AnyFuture> {
 public:
+    // What a barrier's entries are: converts from and to futures of all value types.
     using AnyFuture = impl::AnyFuture;
 
     void swap(AnyFutureBarrier& other) noexcept { BarrierBase::swap(other); }
@@ -155,9 +158,11 @@ namespace impl {
 // A result of any value type.
 class TARVCORE_API AnyResult : public ResultBase {
 public:
+    // Shares the state.
     AnyResult(const ResultBase& result) : ResultBase(result) {}
 
     using ResultBase::wait;
+    // A deadline before now only looks.
     bool wait(const AbsoluteTime& deadline) const {
         // What remains of the earliest times would count as infinite.
         const bool is_over = deadline < AbsoluteTime::zero;
@@ -179,6 +184,7 @@ public:
 // result among them is never ready, and to wait for it raises "error.tarvcore.result.notWaitable".
 class TARVCORE_API AnyResultBarrier : public impl::BarrierBase<impl::AnyResult> {
 public:
+    // What a barrier's entries are: converts from and to results of all value types.
     using AnyResult = impl::AnyResult;
 
     void swap(AnyResultBarrier& other) noexcept { BarrierBase::swap(other); }

@@ -23,6 +23,7 @@ namespace tarvcore {
 class TARVCORE_API ErrorComposer {
 public:
     ErrorComposer() = default;
+    // The message is a template, in which the parameters have their places.
     ErrorComposer(MessageTemplate message) : message_(std::move(message.text)) {}
     ErrorComposer(MessageTemplate message, ErrorParams params)
         : message_(std::move(message.text)), params_(std::move(params)) {}

@@ -45,6 +45,7 @@ public:
     // Throws a new exception with the same record.
     [[noreturn]] virtual void rethrow() const;
 
+    // Throws an exception with that record.
     [[noreturn]] static void throw_error(const ErrorInfo::Ptr& error);
     // The same with a reference that the caller hands over (see RefCountPtr::detach).  A caller
     // that holds nothing else has nothing to destroy, and each frame that has costs the unwinding a
@@ -52,6 +53,7 @@ public:
     [[noreturn]] TARVCORE_INLINE static void throw_adopted(const ErrorInfo* error) {
         throw ErrorException(error, Adopt());
     }
+    // Returns when there is no error.
     static void throw_if_error(const ErrorInfo::Ptr& error) {
         if (error) throw_error(error);
     }
@@ -79,6 +81,7 @@ public:
     }
 
 protected:
+    // What `what` shows; called when that is first asked for.
     virtual std::string build_what_text() const;
 
 private:

@@ -137,11 +137,12 @@ public:
 
     // Streams a record at an indentation of its own.
     struct Trace {
-        Ptr record;
-        unsigned indent_level;
+        Ptr record;             // not null
+        unsigned indent_level;  // two blanks each
     };
 
 protected:
+    // For derived records.
     ErrorInfo(const ErrorCode& code, TransferSource<SourceString> message,
               TransferSource<ErrorParams> params, const SourceLocation& location,
               TransferSource<Ptr> nested);

@@ -22,6 +22,7 @@ namespace tarvcore {
 // Anything but a literal (or another static array) does not compile.
 class LiteralName {
 public:
+    // Not null.
     consteval LiteralName(const char* name) : text_(name), length_(std::string_view(name).size()) {}
 
     constexpr const char* text() const { return text_; }
@@ -47,9 +48,10 @@ private:
 //     params.expanded_message("Bad {@type} value '{@value}'");
 class TARVCORE_API ErrorParams {
 public:
+    // A parameter.
     struct Pair {
-        SourceString name;
-        std::string value;
+        SourceString name;  // as it was added
+        std::string value;  // UTF-8
     };
     using const_iterator = std::vector<Pair>::const_iterator;
 
@@ -98,6 +100,7 @@ public:
     unsigned size() const { return pairs_.size(); }
     bool empty() const { return pairs_.empty(); }
 
+    // `end()` where there is none.
     const_iterator find(const char* name, unsigned length) const;
     // The value; the empty string, which is always the same object, where there is none.
     const std::string& get_value(const char* name, unsigned length) const;

@@ -11,6 +11,7 @@ namespace tarvcore {
 // names both types in the record's parameters.
 class TARVCORE_API BadLexicalCast : public std::bad_cast {
 public:
+    // References to both are kept.
     BadLexicalCast(const std::type_info& source_type, const std::type_info& target_type) noexcept
         : source_type_(&source_type), target_type_(&target_type) {}
     ~BadLexicalCast() noexcept override;

@@ -14,6 +14,7 @@ template <class Interface, class Owner = RefCountPtr<const RefCounted<AtomicRefC
 class InterfacePtr {
 public:
     constexpr InterfacePtr() = default;
+    // `owner` keeps the object, and is asked for nothing else.
     InterfacePtr(Interface* object, Owner owner) : interface_(object), owner_(std::move(owner)) {}
 
     Interface* get() const { return interface_; }

@@ -31,6 +31,7 @@ public:
     static const MonotonicTimeBase zero;
     static const MonotonicTimeBase infinite;
 
+    // Since the clock's beginning.  The largest number means infinite.
     constexpr void set_nsec(std::int64_t nanoseconds) { count_ = nanoseconds; }
     constexpr std::int64_t as_nsec() const { return count_; }
     constexpr void set_infinite() { count_ = TIMEVALUE_INFINITE; }

@@ -44,6 +44,7 @@ public:
     // Forgets the pieces, not the seed.
     void reset();
 
+    // Take the next piece.
     MurmurHashContext& update(const void* data, unsigned size);
     MurmurHashContext& update(const char* text, unsigned size) {
         return update(static_cast<const void*>(text), size);

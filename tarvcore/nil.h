@@ -40,6 +40,7 @@ using ValuesOf = typename ValuesOfType<T>::Type;
 
 }  // namespace impl
 
+// What stands for the value of an operation that has none.
 inline const impl::Nil& nil = impl::Nil::instance;
 
 }  // namespace tarvcore

@@ -24,6 +24,7 @@ namespace tarvcore {
 template <class Token>
 class ObjectKeyBase {
 public:
+    // An address that stands for the key.  What is there is not to be looked at.
     const void* key_value() const {
         return token_ ? token_->key_value() : Token::default_key_value();
     }
@@ -32,9 +33,11 @@ public:
     // Back to the default key.
     void clear() { token_.clear(); }
 
+    // What keys of one value share; never null.
     const RefCountPtr<const Token>& token() const {
         return token_ ? token_ : Token::default_token();
     }
+    // The trace text; see ObjectKeyToken.
     InterfacePtr<const StringTraceData> query_trace_data() const {
         return token()->query_trace_data();
     }
@@ -54,6 +57,7 @@ public:
 
 protected:
     constexpr ObjectKeyBase() = default;
+    // Null: the default key.
     explicit ObjectKeyBase(RefCountPtr<const Token> token) : token_(std::move(token)) {}
 
 private:
@@ -68,6 +72,7 @@ private:
 class TARVCORE_API ObjectKey : public ObjectKeyBase<ObjectKeyToken> {
 public:
     constexpr ObjectKey() = default;
+    // Null: the null key.
     explicit ObjectKey(RefCountPtr<const ObjectKeyToken> token) : ObjectKeyBase(std::move(token)) {}
 
     // Different from all other keys while it, or a copy of it, lives.  Traces show its address, or

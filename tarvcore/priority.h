@@ -27,6 +27,7 @@ class TARVCORE_API ScopedThreadPriority {
 public:
     class TracePriority;
 
+    // Idle and TimeCritical are beyond the steps: they hardly depend on the class.
     static const long threadPriorityIdle = -15;
     static const long threadPriorityLowest = -2;
     static const long threadPriorityBelowNormal = -1;
@@ -44,6 +45,7 @@ public:
 
     long old_thread_priority() const { return old_thread_priority_; }
 
+    // Not undone by anybody.
     static void set_thread_priority(const ACE_Thread_ID& thread, long priority);
     static long get_thread_priority(const ACE_Thread_ID& thread);
 
@@ -63,6 +65,7 @@ private:
 class TARVCORE_API ScopedThreadPriority::TracePriority
     : public streamers::Streamable<ScopedThreadPriority::TracePriority> {
 public:
+    // Any number.
     explicit TracePriority(long priority) : priority_(priority) {}
 
     void write_trace(std::ostream& os) const;
@@ -78,6 +81,7 @@ class TARVCORE_API ScopedPriorityClass {
 public:
     class TraceClass;
 
+    // As Windows numbers them.
     static const unsigned long priorityClassIdle = 0x40;
     static const unsigned long priorityClassBelowNormal = 0x4000;
     static const unsigned long priorityClassNormal = 0x20;
@@ -85,6 +89,7 @@ public:
     static const unsigned long priorityClassHigh = 0x80;
     static const unsigned long priorityClassRealtime = 0x100;
 
+    // If either the old class cannot be read or the new one not be set, there is no guard.
     explicit ScopedPriorityClass(unsigned long priority_class);
     ~ScopedPriorityClass() noexcept(false);
     ScopedPriorityClass(const ScopedPriorityClass&) = default;
@@ -92,6 +97,7 @@ public:
 
     unsigned long old_priority_class() const { return old_priority_class_; }
 
+    // Not undone by anybody.
     static void set_process_priority_class(unsigned long priority_class);
     static unsigned long get_process_priority_class();
 
@@ -107,6 +113,7 @@ private:
 class TARVCORE_API ScopedPriorityClass::TraceClass
     : public streamers::Streamable<ScopedPriorityClass::TraceClass> {
 public:
+    // Any number.
     explicit TraceClass(unsigned long priority_class) : priority_class_(priority_class) {}
 
     void write_trace(std::ostream& os) const;

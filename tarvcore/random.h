@@ -14,6 +14,7 @@ namespace tarvcore {
 // Fills a buffer of any alignment; faster by far than number by number.
 TARVCORE_API void random_fill(void* buffer, unsigned int size);
 
+// One of all the numbers of its type.
 TARVCORE_API int random_int();
 TARVCORE_API unsigned int random_uint();
 TARVCORE_API std::int32_t random_int32();

@@ -14,14 +14,17 @@ class RefCountPtr;
 class AtomicRefCount {
 public:
     constexpr AtomicRefCount() = default;
+    // Of an object that so many hold already.
     constexpr explicit AtomicRefCount(int count) : count_(count) {}
     AtomicRefCount(const AtomicRefCount&) = delete;
     AtomicRefCount& operator=(const AtomicRefCount&) = delete;
 
+    // By one who holds a reference.
     void increment() { __atomic_fetch_add(&count_, 1, __ATOMIC_SEQ_CST); }
     // True when the count reached zero.
     [[nodiscard]] bool decrement() { return __atomic_fetch_sub(&count_, 1, __ATOMIC_SEQ_CST) == 1; }
 
+    // As of the moment of looking.
     bool has_refs() const { return __atomic_load_n(&count_, __ATOMIC_SEQ_CST) != 0; }
     bool is_unique() const { return __atomic_load_n(&count_, __ATOMIC_SEQ_CST) == 1; }
 
@@ -33,13 +36,14 @@ private:
 class NonAtomicRefCount {
 public:
     constexpr NonAtomicRefCount() = default;
+    // Of an object that so many hold already.
     constexpr explicit NonAtomicRefCount(int count) : count_(count) {}
     NonAtomicRefCount(const NonAtomicRefCount&) = delete;
     NonAtomicRefCount& operator=(const NonAtomicRefCount&) = delete;
 
+    // As those of AtomicRefCount.
     void increment() { ++count_; }
     [[nodiscard]] bool decrement() { return --count_ == 0; }
-
     bool has_refs() const { return count_ != 0; }
     bool is_unique() const { return count_ == 1; }
 
@@ -61,8 +65,10 @@ public:
     [[nodiscard]] bool increment_strong();
     // True when the count reached zero.
     [[nodiscard]] bool decrement_strong();
+    // As of the moment of looking.
     bool has_strong_refs() const;
 
+    // By one who holds a reference of either kind.
     void increment_weak();
     // True when the count reached zero.
     [[nodiscard]] bool decrement_weak();

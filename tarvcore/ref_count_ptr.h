@@ -30,6 +30,7 @@ public:
     using element_type = T;
 
     constexpr RefCountPtr() = default;
+    // Takes a reference; null is allowed.
     constexpr RefCountPtr(std::nullptr_t) {}
     RefCountPtr(T* object) : object_(safe_add_ref(object)) {}
     // With `add_ref` false, adopts a reference which the caller holds already.
@@ -62,6 +63,7 @@ public:
         return *this;
     }
 
+    // Takes a reference to the new one, and releases the old one.
     void reset(T* object) { attach(safe_add_ref(object)); }
     // Adopts a reference which the caller holds already.
     void attach(T* object) {

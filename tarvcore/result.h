@@ -52,6 +52,7 @@ public:
 
 protected:
     ResultBase() = default;
+    // Null: empty.
     explicit ResultBase(RefCountPtr<const impl::ResultImplBase> impl) : impl_(std::move(impl)) {}
 
     // An empty result raises "error.tarvcore.result.notWaitable".

@@ -105,6 +105,7 @@ private:
 template <class T, class... Value>
 class AsyncHandlerAdapterControl<T, impl::Values<Value...>> : public ResultControl<T> {
 public:
+    // Not null.
     AsyncHandlerAdapterControl(RefCountPtr<AsyncResult<T>> handler)
         : handler_(std::move(handler)) {}
     // Makes the handler of that control at once.
@@ -125,6 +126,7 @@ public:
     }
     RefCountPtr<AsyncResult<T>> create_async_handler() const override { return handler_; }
 
+    // The handler, for those who want it back.
     operator const RefCountPtr<AsyncResult<T>>&() const { return handler_; }
 
 private:

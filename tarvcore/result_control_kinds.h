@@ -28,6 +28,7 @@ class ResultControlFutureRef;
 
 namespace impl {
 
+// Takes the outcome of operations that nobody waits for.
 template <class T>
 class ResultControlIgnoredBase : public ResultControl<T> {
 public:
@@ -60,9 +61,11 @@ public:
     }
 };
 
+// Puts the outcome into a future.
 template <class T>
 class ResultControlFutureRefBase : public ResultControl<T> {
 public:
+    // Pending, as a rule.
     explicit ResultControlFutureRefBase(Future<T> future) : future_(std::move(future)) {}
 
     const Future<T>& future() const { return future_; }
@@ -78,6 +81,7 @@ public:
     }
 
 protected:
+    // One on the future.
     Result<T> result() const { return Result<T>(new FutureResultImpl<T>(future_)); }
 
 private:

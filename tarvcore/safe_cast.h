@@ -90,6 +90,7 @@ requires std::is_polymorphic_v<Source> Target& dynamic_reference_cast(Source& so
     return *target;
 }
 
+// The same of what a pointer points to.
 template <class Target, class Pointer>
 requires requires(const Pointer& pointer) {
     requires std::is_polymorphic_v<std::remove_cvref_t<decltype(*pointer)>>;

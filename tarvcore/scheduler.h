@@ -20,6 +20,7 @@ namespace tarvcore {
 //     }
 class TARVCORE_API SchedulerLatency {
 public:
+    // There is no request where this raises.
     explicit SchedulerLatency(const RelativeTime& latency);
     ~SchedulerLatency() noexcept(false);
     // A request is not for two to release.
@@ -28,6 +29,7 @@ public:
     // For objects of one latency.
     SchedulerLatency& operator=(const SchedulerLatency&) = default;
 
+    // As it was given, not truncated.
     RelativeTime requested_latency() const { return latency_; }
 
     // The finest that Windows grants, in whole milliseconds, found by trying; 15 ms where it grants

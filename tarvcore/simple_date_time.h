@@ -44,6 +44,7 @@ public:
         set(utc, timezone_offset);
     }
 
+    // As the constructors.  Where one raises, the object is as before.
     constexpr void set(const AbsoluteTime& utc) { *this = SimpleDateTime(utc); }
     void set(const AbsoluteTime& utc, int timezone_offset);
     void set(const AbsoluteTime& utc, const RelativeTime& timezone_offset);

@@ -33,6 +33,7 @@ TARVCORE_API ErrorInfo::Ptr task_not_executed_error(const void* task, const Sour
 //     pool.submit([task] { task->run(); });
 class TARVCORE_API SingleUseTask {
 public:
+    // `where` is the place that the errors of this task tell.
     SingleUseTask(std::function<void()> work, RefCountPtr<AsyncResultBase> handler,
                   const SourceLocation& where);
     ~SingleUseTask();

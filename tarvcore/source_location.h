@@ -21,9 +21,9 @@ namespace tarvcore {
 // to destroy: a frame that raises with it does not have to be stopped at while the stack is
 // unwound.
 struct LiteralLocation {
-    const char* function;
-    const char* file_id;
-    unsigned line;
+    const char* function;  // as readers know it, "my::parse()"
+    const char* file_id;   // the identification line of the source file
+    unsigned line;         // from 1
 };
 
 // Names the place that raised an error: function, identification line of the source file, and line.
@@ -68,6 +68,7 @@ public:
     // Whether both texts are known to be empty; literals yet unmeasured are not.
     bool empty() const { return function_.empty() && file_id_.empty(); }
 
+    // See depot_path_from_file_id, of which file_path has no revision.
     std::string file_path() const;
     std::string file_depot_path() const;
 

@@ -70,6 +70,7 @@ public:
     // The same of the text of a key; see string_key.h.
     SourceString(const StringKey& key);
 
+    // As the constructors, with names that tell which form it is.
     static constexpr SourceString create_reference(const char* text) { return {text, true}; }
     static SourceString create_copy(const char* text) { return {text, false}; }
     static SourceString create_copy(const char* text, unsigned length) {
@@ -111,6 +112,7 @@ public:
         return TransferSource<SourceString>(*this);
     }
 
+    // Whether it refers to text that is not its own.
     bool is_reference() const { return load_length() >= 0; }
     // Whether the length is known to be 0: an unmeasured reference to an empty text is not `empty`.
     bool empty() const { return load_length() == 0; }

@@ -14,12 +14,12 @@ namespace tarvcore {
 // debugging-help library looks for beside the module (that has only the functions if it is a PDB of
 // the GNU linker; under Wine it reads DWARF up to version 4, also split off).
 struct StackFrame {
-    const void* address = nullptr;
-    std::string module;        // its file, without folder
-    std::string function;      // C++ names are demangled
-    unsigned long offset = 0;  // of the address: within the function, else within the module
-    std::string file;
-    unsigned long line = 0;
+    const void* address = nullptr;  // that the call returns to
+    std::string module;             // its file, without folder
+    std::string function;           // C++ names are demangled
+    unsigned long offset = 0;       // of the address: within the function, else within the module
+    std::string file;               // of the source, as the compiler was given it
+    unsigned long line = 0;         // 0 where it is not known
 };
 
 // The calls that led here, innermost first: the function that calls this one is the first.  At most

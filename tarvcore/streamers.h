@@ -28,6 +28,7 @@ class Streamable {
 // "true" or "false".
 class TARVCORE_API Boolean : public Streamable<Boolean> {
 public:
+    // See the class.
     explicit Boolean(bool value) : value_(value) {}
 
     void write_trace(std::ostream& os) const;
@@ -41,6 +42,7 @@ private:
 // 0xfffe.
 class TARVCORE_API Hex : public Streamable<Hex> {
 public:
+    // See the class.
     Hex(char value, bool pad) : Hex(static_cast<unsigned char>(value), pad) {}
     Hex(unsigned char value, bool pad) : value_(value), min_digits_(pad ? 2 : 0) {}
     Hex(short value, bool pad) : Hex(static_cast<unsigned short>(value), pad) {}
@@ -64,6 +66,7 @@ private:
 // "0x" and eight lower-case digits.
 class TARVCORE_API Pointer : public Streamable<Pointer> {
 public:
+    // Any address: nothing is read there.
     explicit Pointer(const void* value) : value_(value) {}
 
     void write_trace(std::ostream& os) const { write_trace_impl(os, value_); }
@@ -77,8 +80,10 @@ private:
 // the cut never splits a UTF-8 sequence.  Quote 0: no quotes.  Nothing in the text is escaped.
 class String : public Streamable<String> {
 public:
+    // The limit where none is given.
     static constexpr unsigned maxlenDefault = 256;
 
+    // Without a length, up to the terminator.
     explicit String(const char* text) : String(text, std::strlen(text)) {}
     String(const char* text, unsigned length) : String(text, length, maxlenDefault, '"') {}
     String(const char* text, unsigned length, unsigned limit, char quote)
@@ -100,8 +105,10 @@ private:
 // character is printed as "?".
 class WString : public Streamable<WString> {
 public:
+    // The limit where none is given.
     static constexpr unsigned maxlenDefault = 256;
 
+    // Without a length, up to the terminator.
     explicit WString(const wchar_t* text) : WString(text, std::wcslen(text)) {}
     WString(const wchar_t* text, unsigned length) : WString(text, length, maxlenDefault, '"') {}
     WString(const wchar_t* text, unsigned length, unsigned limit, char quote)
@@ -123,6 +130,7 @@ private:
 // ".". Without data, nothing is printed.
 class TARVCORE_API HexDump : public Streamable<HexDump> {
 public:
+    // Addresses are those of the data.
     HexDump(const void* data, unsigned size) : HexDump(data, size, data, nullptr) {}
     HexDump(const void* data, unsigned size, const char* prefix)
         : HexDump(data, size, data, prefix) {}

@@ -44,10 +44,12 @@ protected:
 class TARVCORE_API StringKey : public ObjectKeyBase<impl::StringKeyToken> {
 public:
     constexpr StringKey() = default;
+    // Without a length, up to the terminator.
     StringKey(const char* text);
     StringKey(const char* text, unsigned length) : ObjectKeyBase(token_from_string(text, length)) {}
     StringKey(TransferSource<StringKey> source) noexcept : StringKey(std::move(source.source())) {}
 
+    // As the constructors.
     static StringKey from_string(const char* text) { return StringKey(text); }
     static StringKey from_string(const char* text, unsigned length) { return {text, length}; }
 

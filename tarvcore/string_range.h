@@ -22,23 +22,28 @@ namespace tarvcore {
 //     StringRange(2, StringRange::npos).subrange(3, 100)   // {5, 100}
 class StringRange {
 public:
+    // No position; as a size, up to the end.
     static constexpr unsigned npos = 0xFFFFFFFF;
 
     constexpr StringRange() = default;
+    // Any numbers.
     constexpr StringRange(unsigned first, unsigned size) : first_(first), size_(size) {}
 
+    // As the constructor.
     constexpr void set(unsigned first, unsigned size) { *this = StringRange(first, size); }
     constexpr void clear() { *this = StringRange(); }
     constexpr void swap(StringRange& other) noexcept { std::swap(*this, other); }
 
+    // Whether it is `npos`.
     static constexpr bool is_npos(unsigned value) { return value == npos; }
 
     constexpr unsigned first() const { return first_; }
     constexpr unsigned size() const { return size_; }
+    constexpr bool empty() const { return size_ == 0 || is_npos(first_); }
+    // Whether it reaches to the end of any string.
+    constexpr bool unbounded() const { return is_npos(size_); }
     // One past the end; `npos` where that is no position.
     constexpr unsigned last() const { return sum(first_, size_); }
-    constexpr bool empty() const { return size_ == 0 || is_npos(first_); }
-    constexpr bool unbounded() const { return is_npos(size_); }
 
     // Keep the start.
     constexpr StringRange& size(unsigned size) {

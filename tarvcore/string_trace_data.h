@@ -44,6 +44,7 @@ public:
     std::uint32_t query_trace_file_offset(unsigned sink) const;
     void set_trace_file_offset(unsigned sink, std::uint32_t offset) const;
 
+    // What the handlers say; false where there are none.
     static bool supported_by_stream(const std::ostream& os);
     // Through the handlers where they want the stream, else the plain characters.
     void write_to_stream(std::ostream& os) const;

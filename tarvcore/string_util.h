@@ -18,6 +18,7 @@ namespace tarvcore {
 TARVCORE_API int compare_nocase_ascii(const char* a, unsigned a_length, const char* b,
                                       unsigned b_length);
 
+// Whether the texts are of one length and the same but for the case.
 TARVCORE_API bool string_equal_nocase_ascii(const char* a, unsigned a_length, const char* b,
                                             unsigned b_length);
 
@@ -26,6 +27,7 @@ TARVCORE_API bool string_equal_nocase_ascii(const char* a, unsigned a_length, co
 TARVCORE_API unsigned string_hash_lowercase_ascii(const char* text, unsigned length);
 TARVCORE_API unsigned string_hash_uppercase_ascii(const char* text, unsigned length);
 
+// Change the text, not its length.
 TARVCORE_API void to_lower_ascii_inplace(std::string& text);
 TARVCORE_API void to_upper_ascii_inplace(std::string& text);
 

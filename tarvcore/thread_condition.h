@@ -17,10 +17,12 @@ namespace tarvcore {
 //         if (condition.wait(deadline) == -1) return timed_out();
 class TARVCORE_API ThreadCondition {
 public:
+    // The mutex that waiting threads hold.
     explicit ThreadCondition(ThreadMutex& mutex) : mutex_(mutex) {}
     ThreadCondition(const ThreadCondition&) = delete;
     ThreadCondition& operator=(const ThreadCondition&) = delete;
 
+    // Without limit.
     int wait();
     // Until an absolute time of ACE's clock (UTC): -1 with ETIME once it is reached.  Null, and the
     // infinite time: without limit.
@@ -31,6 +33,7 @@ public:
     int signal();
     int broadcast();
 
+    // That of the constructor.
     ThreadMutex& mutex() { return mutex_; }
 
 private:

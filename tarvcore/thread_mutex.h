@@ -54,6 +54,7 @@ static_assert(std::is_standard_layout_v<ThreadMutex>);
 // Excludes nobody: for templates that take their lock's type, used from one thread.
 class NullMutex {
 public:
+    // 0, and nothing else.
     int acquire() { return 0; }
     int tryacquire() { return 0; }
     int release() { return 0; }

@@ -42,6 +42,7 @@ public:
     TimeProviderQpc();
     explicit TimeProviderQpc(double ticks_per_second) : ticks_per_second_(ticks_per_second) {}
 
+    // Ticks in a second.
     double frequency() const { return ticks_per_second_; }
 
     RelativeTime now() const;
@@ -61,6 +62,7 @@ public:
     TimeProviderTsc();
     explicit TimeProviderTsc(double cycles_per_second) : cycles_per_second_(cycles_per_second) {}
 
+    // Cycles in a second.
     double frequency() const { return cycles_per_second_; }
 
     RelativeTime now() const;

@@ -20,6 +20,7 @@ TARVCORE_API std::string to_string(const wchar_t* text, unsigned length);
 TARVCORE_API std::string to_string(const wchar_t* text);
 TARVCORE_API std::string to_string(const std::wstring& text);
 
+// The same in the other direction.
 TARVCORE_API std::wstring to_wstring(const char* text, unsigned length, wchar_t replacement,
                                      int* error_position);
 TARVCORE_API std::wstring to_wstring(const std::string& text, wchar_t replacement,
@@ -55,6 +56,7 @@ TARVCORE_API std::string to_string(unsigned long value);
 TARVCORE_API std::string to_string(long long value);
 TARVCORE_API std::string to_string(unsigned long long value);
 
+// The same as wide text.
 TARVCORE_API std::wstring to_wstring(char value);
 TARVCORE_API std::wstring to_wstring(unsigned char value);
 TARVCORE_API std::wstring to_wstring(short value);

@@ -15,6 +15,7 @@ namespace tarvcore {
 template <class T>
 class TransferSource {
 public:
+    // Types have an operation `transfer` that makes one.
     constexpr explicit TransferSource(T& source) : source_(&source) {}
 
     constexpr T& source() const { return *source_; }

@@ -58,9 +58,6 @@ TARVCORE_API unsigned utf8_to_utf16(const char* source, unsigned length,
                                     unsigned short replacement, int* error_index);
 TARVCORE_API unsigned utf8_to_wstr(const char* source, unsigned length, wchar_t* destination,
                                    unsigned capacity, wchar_t replacement, int* error_index);
-// Here a full destination sets errno to EINVAL, not ENOMEM; this is meant.
-TARVCORE_API unsigned utf8_to_ucs4(const char* source, unsigned length, unsigned* destination,
-                                   unsigned capacity, unsigned replacement, int* error_index);
 TARVCORE_API unsigned utf16_to_utf8(const unsigned short* source, unsigned length,
                                     char* destination, unsigned capacity, char replacement,
                                     int* error_index);
@@ -68,6 +65,9 @@ TARVCORE_API unsigned wstr_to_utf8(const wchar_t* source, unsigned length, char*
                                    unsigned capacity, char replacement, int* error_index);
 TARVCORE_API unsigned ucs4_to_utf8(const unsigned* source, unsigned length, char* destination,
                                    unsigned capacity, char replacement, int* error_index);
+// The same, but a full destination sets errno to EINVAL, not ENOMEM; this is meant.
+TARVCORE_API unsigned utf8_to_ucs4(const char* source, unsigned length, unsigned* destination,
+                                   unsigned capacity, unsigned replacement, int* error_index);
 
 // Whether a text is UTF-8 from end to end.  Length 0xFFFFFFFF: up to the terminator.
 TARVCORE_API bool is_valid_utf8(const char* text, unsigned length);

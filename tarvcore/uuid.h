@@ -37,23 +37,29 @@ public:
         version_legacy_interaction = 12,
         version_sequential = 13,
     };
+    // The forms of the text.
     enum EFormat : unsigned {
         format_hyphenated = 0,  // 7c9e6679-7425-40de-944b-e07fc1f90ae7
         format_plain = 1,       // 7c9e6679742540de944be07fc1f90ae7
         format_braced = 2,      // {7c9e6679-7425-40de-944b-e07fc1f90ae7}
     };
+    // Characters of the longest form.
     static constexpr unsigned max_text_length = 38;
 
+    // The stored bytes.
     struct BinaryData {
-        unsigned char bytes[16];
+        unsigned char bytes[16];  // in the order of memory
 
+        // Always 16.
         static constexpr unsigned size() { return 16; }
     };
+    // What tells the makers of time-based identifiers apart.
     struct NodeAddress {
-        unsigned char bytes[6];
+        unsigned char bytes[6];  // of the identifier's end
     };
 
     constexpr Uuid() = default;
+    // Those bytes, whatever they are.
     constexpr explicit Uuid(const BinaryData& data) : data_(data) {}
     // Those bytes with the version and the variant (binary 10 on top of byte 8) put in.
     Uuid(const BinaryData& data, EVersion version);
@@ -64,6 +70,7 @@ public:
     Uuid(EVersion version, unsigned short sequence, const NodeAddress& node,
          std::uint64_t timestamp, unsigned char flags);
 
+    // The same bytes.
     static Uuid from_windows_guid(const ::_GUID& guid);
     ::_GUID as_windows_guid() const;
 
@@ -101,17 +108,20 @@ public:
     void clear() { *this = Uuid(); }
     void swap(Uuid& other) noexcept { std::swap(data_, other.data_); }
 
+    // The upper half of byte 7, whatever it is.
     EVersion version() const { return static_cast<EVersion>(byte(7) >> 4); }
     // The eight bits below the version.
     unsigned char custom_flags() const {
         return static_cast<unsigned char>(byte(7) << 4 | byte(6) >> 4);
     }
+    // 14 bits.
     unsigned short sequence() const {
         return static_cast<unsigned short>((byte(8) & 0x3F) << 8 | byte(9));
     }
     // 60 bits: those given at construction, with custom flags among them; of a sequential
     // identifier the time it shows, less its upper four bits, byte 7 included.
     std::uint64_t timestamp() const;
+    // The last six bytes, and all of them.
     void get_node_address(NodeAddress& node) const { std::memcpy(node.bytes, &data_.bytes[10], 6); }
     void get_binary_data(BinaryData& data) const { data = data_; }
 
@@ -140,6 +150,7 @@ public:
 
     // The order of the texts.
     struct StringLess {
+        // Whether `a` comes before `b`.
         bool operator()(const Uuid& a, const Uuid& b) const {
             if (a.word(0) != b.word(0)) return a.word(0) < b.word(0);
             if (a.word(1) != b.word(1)) return std::rotl(a.word(1), 16) < std::rotl(b.word(1), 16);
@@ -174,8 +185,10 @@ private:
 
 static_assert(sizeof(Uuid) == 16);
 
+// Prints an identifier in a given form.
 class Uuid::Trace {
 public:
+    // Keeps a copy.
     Trace(const Uuid& uuid, EFormat format) : uuid_(uuid), format_(format) {}
 
     friend TARVCORE_API std::ostream& operator<<(std::ostream& os, const Trace& trace);

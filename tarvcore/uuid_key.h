@@ -37,8 +37,10 @@ protected:
 class TARVCORE_API UuidKey : public ObjectKeyBase<impl::UuidKeyToken> {
 public:
     constexpr UuidKey() = default;
+    // See StringKey for what it costs and raises.
     explicit UuidKey(const Uuid& uuid);
 
+    // As the constructor.
     static UuidKey from_uuid(const Uuid& uuid) { return UuidKey(uuid); }
 
     // Lives as long as the key or another one of that identifier.

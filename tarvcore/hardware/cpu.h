@@ -44,9 +44,11 @@ public:
     unsigned package_count() const { return package_count_; }
     unsigned core_count() const { return core_count_; }
 
+    // Whether the processor could be asked.  The others of this class raise where it could not.
     bool is_known(unsigned cpu) const {
         return cpu < processors_.size() && processors_[cpu].has_value();
     }
+    // What it said.
     const CpuInfo& cpu_info(unsigned cpu) const { return processor(cpu).info; }
 
     // As the APIC id tells them, of which 8 bits are known.  Numbers need not begin at 0 nor follow

@@ -35,13 +35,16 @@ enum class EL2Associativity : unsigned {
 
 // A cache of an Intel processor: a subleaf of CPUID leaf 4.
 struct IntelCacheLevel {
+    // What is kept in it; `none` ends the list of caches.
     enum class Type : unsigned { none, data, instruction, unified };
 
-    CpuidRegisters registers;
+    CpuidRegisters registers;  // the subleaf as it was read
 
+    // See Type.
     constexpr Type type() const { return static_cast<Type>(registers.eax() & 0x1F); }
     // 1 for the nearest.
     constexpr unsigned level() const { return registers.eax() >> 5 & 7; }
+    // A line may be anywhere in it.
     constexpr bool is_fully_associative() const { return (registers.eax() >> 9 & 1) != 0; }
     // How many numbers are set aside for the logical processors that share the cache; at least as
     // many as there are.
@@ -49,6 +52,7 @@ struct IntelCacheLevel {
     // The number as it is stored: one less than the core numbers that are set aside for a package.
     constexpr unsigned cores_per_package() const { return registers.eax() >> 26; }
     constexpr unsigned line_size() const { return (registers.ebx() & 0xFFF) + 1; }  // bytes
+    // The factors of the size.
     constexpr unsigned partitions() const { return (registers.ebx() >> 12 & 0x3FF) + 1; }
     constexpr unsigned ways() const { return (registers.ebx() >> 22) + 1; }
     constexpr std::uint64_t sets() const { return std::uint64_t{registers.ecx()} + 1; }
@@ -78,6 +82,7 @@ struct IntelCacheLevel {
 //     log << TraceCpuidInfo(info);
 class TARVCORE_API CpuInfo {
 public:
+    // The registers of a leaf.
     using RegSet = CpuidRegisters;
 
     // What hypervisor_interface_id() is where the interface is the one of the name "Hv#1".
@@ -127,6 +132,7 @@ public:
     // From the vendors' tables, by signature and brand id; empty for processors of other vendors
     // than Intel and AMD.
     const std::string& brand_id_name() const { return brand_id_name_; }
+    // The design, as far as vendor, family and model tell it.
     ECpuFamily cpu_family() const { return family_; }
     // By the brand string; where it tells no brand, by brand index and brand id.
     ECpuBrand cpu_brand() const { return brand_; }
@@ -149,6 +155,7 @@ public:
     unsigned amd_effective_model() const {
         return sig_model() == 15 ? sig_extended_model() + 15 : sig_model();
     }
+    // What some processors without a brand string have; 0 where there is none.
     unsigned brand_index() const { return basic(1).ebx() & 0xFF; }
     unsigned amd_extended_brand_id() const { return extended(1).ebx() & 0xFFFF; }
 
@@ -165,6 +172,7 @@ public:
     // Intel only; the nearest one first.
     const std::vector<IntelCacheLevel>& cache_levels() const { return cache_levels_; }
 
+    // 0 where the extended leaves do not tell them.
     unsigned num_physical_address_bits() const { return extended(8).eax() & 0xFF; }
     unsigned num_virtual_address_bits() const { return extended(8).eax() >> 8 & 0xFF; }
 
@@ -260,9 +268,10 @@ private:
 
 #undef TARVCORE_FLAG_ACCESSOR
 
-// Print the dumps of an object that must live meanwhile.
+// See dump_raw_cpuid of CpuInfo.
 class TARVCORE_API TraceRawCpuid : public streamers::Streamable<TraceRawCpuid> {
 public:
+    // Keeps a reference.
     explicit TraceRawCpuid(const CpuInfo& info) : info_(info) {}
 
     void write_trace(std::ostream& os) const;
@@ -271,8 +280,10 @@ private:
     const CpuInfo& info_;
 };
 
+// See dump_cpuid_info of CpuInfo.
 class TARVCORE_API TraceCpuidInfo : public streamers::Streamable<TraceCpuidInfo> {
 public:
+    // Keeps a reference.
     explicit TraceCpuidInfo(const CpuInfo& info) : info_(info) {}
 
     void write_trace(std::ostream& os) const;

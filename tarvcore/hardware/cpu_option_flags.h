@@ -139,13 +139,15 @@ enum class EOptionFlag : unsigned {
 #undef TARVCORE_FLAG_NAME
 };
 
+// The registers that CPUID answers in.
 enum class ECpuRegister : unsigned { eax, ebx, ecx, edx };
 
 // The registers that have features.
 struct CpuFlagRegister {
-    std::uint32_t leaf;
-    ECpuRegister reg;
+    std::uint32_t leaf;  // of CPUID
+    ECpuRegister reg;    // of its answer
 };
+// All of them.
 inline constexpr CpuFlagRegister cpu_flag_registers[] = {
     {1, ECpuRegister::edx},          {1, ECpuRegister::ecx},
     {7, ECpuRegister::ebx},          {0x80000001, ECpuRegister::edx},
@@ -161,15 +163,16 @@ constexpr unsigned cpu_flag_register_index(std::uint32_t leaf, ECpuRegister reg)
 
 // A row of the table.
 struct CpuOptionFlag {
+    // For whose processors it is told.
     enum class Gate { any, intel, amd };
 
-    const char* name;
-    Gate gate;
-    std::uint32_t leaf;
-    ECpuRegister reg;
-    unsigned bit;
-    const char* description;
-    unsigned register_index;
+    const char* name;         // that of the accessor
+    Gate gate;                // see Gate
+    std::uint32_t leaf;       // of CPUID
+    ECpuRegister reg;         // of its answer
+    unsigned bit;             // 0 to 31
+    const char* description;  // for readers
+    unsigned register_index;  // into cpu_flag_registers
 };
 
 // All of them; the row of a flag stands at its number.

@@ -12,8 +12,9 @@ namespace tarvcore::hardware {
 
 // What one execution of CPUID leaves in the registers EAX, EBX, ECX and EDX, in this order.
 struct CpuidRegisters {
-    std::uint32_t values[4] = {};
+    std::uint32_t values[4] = {};  // EAX, EBX, ECX, EDX
 
+    // By the registers' names.
     constexpr std::uint32_t eax() const { return values[0]; }
     constexpr std::uint32_t ebx() const { return values[1]; }
     constexpr std::uint32_t ecx() const { return values[2]; }
@@ -32,6 +33,7 @@ public:
 
     // Whether there is the instruction at all.
     virtual bool has_cpuid() const = 0;
+    // What it answers.  A leaf that the processor does not have is zero, or that of another leaf.
     virtual CpuidRegisters read(std::uint32_t leaf, std::uint32_t subleaf) const = 0;
 };
 
@@ -58,6 +60,7 @@ public:
 
     // Whether anything was recorded.
     bool has_cpuid() const override;
+    // Zero where nothing was recorded of the leaf.
     CpuidRegisters read(std::uint32_t leaf, std::uint32_t subleaf) const override;
 
 private:

@@ -25,6 +25,7 @@ namespace tarvcore {
 // completes, and then the first exception goes to who has signalled.
 class IFutureObserverBase {
 public:
+    // One of the two is called.
     virtual void on_future_error(const ErrorInfo::Ptr& error) = 0;
     virtual void on_future_success() = 0;
 

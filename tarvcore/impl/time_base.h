@@ -27,6 +27,7 @@ class AceTimeoutProxy;
 // The constants of TimeBase.  They are not exported: every module has what it needs of them, so
 // that they can be bound to references there.
 struct TimeConstants {
+    // Counts: the smallest, the largest, the one that means infinite; and under other names.
     static constexpr std::int64_t TIMEVALUE_MIN = std::numeric_limits<std::int64_t>::min();
     static constexpr std::int64_t TIMEVALUE_MAX = std::numeric_limits<std::int64_t>::max() - 1;
     static constexpr std::int64_t TIMEVALUE_INFINITE = std::numeric_limits<std::int64_t>::max();
@@ -36,6 +37,7 @@ struct TimeConstants {
     static constexpr std::int64_t sm_infiniteValue = TIMEVALUE_INFINITE;
     static constexpr std::int64_t sm_zeroValue = TIMEVALUE_ZERO;
 
+    // Units in units.
     static constexpr std::int32_t HOURS_IN_ONE_DAY = 24;
     static constexpr std::int32_t MINUTES_IN_ONE_HOUR = 60;
     static constexpr std::int32_t MINUTES_IN_ONE_DAY = 1440;
@@ -102,6 +104,7 @@ public:
     // Infinite where the pointer is null.
     explicit TimeBase(const ACE_Time_Value* time) { set(time); }
 
+    // As the constructors.
     template <std::integral Integer>
     constexpr void set(Integer seconds) {
         set_sec(static_cast<std::int64_t>(seconds));
@@ -116,6 +119,7 @@ public:
     void set(const ACE_Time_Value& time);
     void set(const ACE_Time_Value* time);
 
+    // The product of count and unit wraps.
     constexpr void set_sec(std::int64_t seconds) {
         count_ = wrapping_multiply(seconds, NANOSECONDS_IN_ONE_SECOND);
     }
@@ -128,10 +132,12 @@ public:
     constexpr void set_nsec(std::int64_t nanoseconds) { count_ = nanoseconds; }
     constexpr void set_infinite() { count_ = TIMEVALUE_INFINITE; }
 
+    // Whether it is TIMEVALUE_INFINITE.
     constexpr bool is_infinite() const { return count_ == TIMEVALUE_INFINITE; }
 
     // All of these truncate towards zero.
 
+    // The count itself.
     constexpr std::int64_t as_nsec() const { return count_; }
     // Infinite: the largest number.
     constexpr std::int64_t as_usec() const {
