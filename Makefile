@@ -7,22 +7,22 @@ help:  ## This text
 	@sed -nE 's/^([a-z-]+):.*  ## (.*)/  make \1	\2/p' $(MAKEFILE_LIST) | expand -t 22
 
 run:  ## Set up, build, and run the tool: make run ARGS="time parse 2014-07-16T13:23:00Z"
-	@scripts/setup.sh
+	@scripts/setup.sh wine
 	@scripts/build.sh release tarv >&2
 	@./tarv $(ARGS)
 
 test:  ## Set up, build, and run every test
-	@scripts/setup.sh
+	@scripts/setup.sh wine package
 	@scripts/build.sh release
 	@ctest --preset release -j $(JOBS)
 
 test-long:  ## The same with a hundred times the trials, and with what takes minutes
-	@scripts/setup.sh
+	@scripts/setup.sh wine package
 	@scripts/build.sh release
 	@scripts/test-long.sh
 
 test-checked:  ## The same tests under the address and undefined behaviour checkers
-	@scripts/setup.sh
+	@scripts/setup.sh wine
 	@scripts/build.sh checked
 	@ctest --preset checked -j $(JOBS)
 
@@ -31,7 +31,7 @@ fuzz:  ## Let fuzzers look for faults in parsers and codecs, FUZZ_SECONDS (20) f
 	@scripts/fuzz.sh
 
 coverage:  ## Which lines and branches the tests reach: build/coverage/report/index.html
-	@scripts/setup.sh coverage
+	@scripts/setup.sh wine coverage
 	@scripts/build.sh coverage
 	@scripts/coverage.sh
 
@@ -50,11 +50,20 @@ exports:  ## Rewrite cmake/exports.txt after a change of what the library export
 	@mv build/exports.txt cmake/exports.txt
 
 bench:  ## Measure the library and its peers: one table; make bench ROWS="record|throw" shows some
-	@scripts/setup.sh bench
+	@scripts/setup.sh wine bench
 	@scripts/build.sh bench tarvcore_bench
 	@scripts/bench.sh "$(ROWS)"
+
+package:  ## Pack what programs need that use the library: build/tarvcore-VERSION-w32.zip
+	@scripts/setup.sh package
+	@scripts/package.sh
+
+check-package:  ## Whether a build in another folder gives the same package, to the byte: minutes
+	@scripts/setup.sh package
+	@scripts/check_package.sh
 
 clean:  ## Remove what was built here (the cache with ACE stays)
 	@rm -rf build
 
-.PHONY: help run test test-long test-checked fuzz coverage manual check exports bench clean
+.PHONY: help run test test-long test-checked fuzz coverage manual check exports bench package \
+	check-package clean

@@ -1,8 +1,13 @@
 # ACE::ACE (the DLL) and ACE::ACE_static, from the cache that scripts/build-library.sh fills.
+#
+#   TARVCORE_ACE_FOLDER   where they are installed
 execute_process(COMMAND ${PROJECT_SOURCE_DIR}/scripts/library-location.sh ace
-                OUTPUT_VARIABLE ace_location OUTPUT_STRIP_TRAILING_WHITESPACE
+                OUTPUT_VARIABLE TARVCORE_ACE_FOLDER OUTPUT_STRIP_TRAILING_WHITESPACE
                 COMMAND_ERROR_IS_FATAL ANY)
-if(NOT EXISTS ${ace_location})
+if(NOT EXISTS ${TARVCORE_ACE_FOLDER})
     message(FATAL_ERROR "ACE is not built for this target yet: run scripts/setup.sh")
 endif()
-find_package(ACE CONFIG REQUIRED PATHS ${ace_location} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+foreach(name ACE ACE_static)
+    find_package(${name} CONFIG REQUIRED
+                 PATHS ${TARVCORE_ACE_FOLDER} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+endforeach()

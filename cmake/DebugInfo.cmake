@@ -18,6 +18,7 @@ function(tarvcore_split_debug target)
     add_custom_command(TARGET ${target} POST_BUILD
         # The linker leaves it where it was called.
         COMMAND ${CMAKE_COMMAND} -E rename ${PROJECT_BINARY_DIR}/${name}.pdb ${name}.pdb
+        COMMAND ${PROJECT_SOURCE_DIR}/scripts/normalize_pdb.py ${name}.pdb ${TARVCORE_PREFIX_MAPS}
         COMMAND ${without_time} ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE_NAME:${target}>
                 ${name}.debug
         COMMAND ${without_time} ${CMAKE_STRIP} --strip-debug $<TARGET_FILE_NAME:${target}>

@@ -15,6 +15,13 @@ target_compile_options(tarvcore_warnings INTERFACE
     -Woverloaded-virtual -Wshadow -Wundef)
 # What Wine's debugging-help library can read; stack traces get their names from it.
 target_compile_options(tarvcore_warnings INTERFACE $<$<CONFIG:RelWithDebInfo>:-gdwarf-4>)
+# Where this tree and ACE lie gets into nothing that is delivered: the later of two that fit counts.
+set(TARVCORE_PREFIX_MAPS
+    ${PROJECT_SOURCE_DIR}=. ${PROJECT_BINARY_DIR}=./build ${TARVCORE_ACE_FOLDER}=./ace)
+foreach(map IN LISTS TARVCORE_PREFIX_MAPS)
+    target_compile_options(tarvcore_warnings INTERFACE
+        $<$<CONFIG:RelWithDebInfo>:-ffile-prefix-map=${map}>)
+endforeach()
 
 add_library(tarvcore_options INTERFACE)
 target_link_libraries(tarvcore_options INTERFACE tarvcore_warnings)

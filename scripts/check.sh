@@ -37,6 +37,7 @@ check "format" "clang-format -i the files named" clang-format --dry-run -Werror 
 check "layers" "see cmake/layers.txt" python3 scripts/check_layers.py
 check "picture of the layers" "scripts/draw_layers.py" python3 scripts/draw_layers.py --check
 check "shell scripts" "shellcheck" shellcheck --external-sources --source-path=scripts "${scripts[@]}"
+check "whose each file is" "see .reuse/dep5" reuse lint --quiet
 check "documents' links" "mend the links named" python3 scripts/check_docs.py
 check "manual" "see above" scripts/manual.sh
 check "README's example" "mend it" example_compiles

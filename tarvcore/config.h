@@ -3,6 +3,18 @@
 
 #include <climits>
 
+// What cannot be compiled ends here, with what to do: errors further on would not tell.
+#if __cplusplus < 202002L
+#error tarvcore needs C++20: compile with -std=c++20
+#include <-std=c++20>
+#elif !defined(__i386__)
+#error tarvcore is a 32-bit library: compile with i686-w64-mingw32-g++-posix
+#include <i686-w64-mingw32-g++-posix>
+#elif !defined(_GLIBCXX_HAS_GTHREADS)
+#error tarvcore needs POSIX threads: compile with i686-w64-mingw32-g++-posix
+#include <i686-w64-mingw32-g++-posix>
+#endif
+
 // Marks what the library exports.  The library itself is compiled with TARVCORE_BUILD; a program
 // that contains the library's objects instead of linking the DLL defines TARVCORE_STATIC.
 #if defined(TARVCORE_STATIC)

@@ -1,6 +1,6 @@
 // Faults to catch: a block that cannot be found in the module's file, or is laid out in another
-// way; a second copy that goes unnoticed, is let pass, or is stopped where the environment allows
-// it; a module that leaves its name behind.
+// way; a version resource that says something else; a second copy that goes unnoticed, is let pass,
+// or is stopped where the environment allows it; a module that leaves its name behind.
 
 #include <gtest/gtest.h>
 
@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <regex>
 #include <string>
+#include <vector>
 
 #include "tarvcore/impl/module_registration.h"
 #include "tarvmoduleregistry/module_registry.h"
@@ -78,6 +79,39 @@ TEST(ModuleInfo, IsInTheFileAndRegistered) {
 )");
     EXPECT_TRUE(std::regex_match(text, layout)) << text;
 }
+
+#if !defined(TARVCORE_STATIC)
+// Where Windows' own tools look.
+TEST(ModuleInfo, IsInTheVersionResource) {
+    const std::wstring path = module_path();
+    const DWORD size = GetFileVersionInfoSizeW(path.c_str(), nullptr);
+    std::vector<char> resource(size);
+    ASSERT_TRUE(GetFileVersionInfoW(path.c_str(), 0, size, resource.data()));
+    const auto query = [&](const std::wstring& name) {
+        void* value = nullptr;
+        UINT length;
+        EXPECT_TRUE(VerQueryValueW(resource.data(), name.c_str(), &value, &length));
+        return value;
+    };
+
+    const std::string text = text_in_file();
+    const std::regex item("<Item name=\"(\\w+)\">(.*)</Item>");
+    int count = 0;
+    for (std::sregex_iterator i(text.begin(), text.end(), item), end; i != end; ++i, ++count) {
+        const std::string name = (*i)[1], value = (*i)[2];
+        const auto* found = static_cast<const wchar_t*>(
+            query(L"\\StringFileInfo\\040904b0\\" + std::wstring(name.begin(), name.end())));
+        ASSERT_NE(found, nullptr) << name;
+        EXPECT_EQ(found, std::wstring(value.begin(), value.end())) << name;
+    }
+    EXPECT_EQ(count, 10);
+
+    const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(query(L"\\"));
+    ASSERT_NE(fixed, nullptr);
+    EXPECT_EQ(fixed->dwFileVersionMS, DWORD{MAKELONG(1, 2)});
+    EXPECT_EQ(fixed->dwFileVersionLS, DWORD{MAKELONG(16, 0)});
+}
+#endif
 
 // The switch is read and followed in this process, where the name is taken.
 int stops = 0;
