@@ -33,10 +33,18 @@ private:
     const bool was_in_hook_ = std::exchange(is_in_hook, true);
 };
 
-// Null also within a hook.
-template <class Function>
-Function usable(const std::atomic<Function>& hook) {
-    return is_in_hook ? nullptr : hook.load();
+// Lets a hook be called; false where there is none, within a hook, and where the hook raises.
+template <class Function, class Call>
+bool calls(const std::atomic<Function>& hook, Call call) {
+    const Function function = is_in_hook ? nullptr : hook.load();
+    if (function == nullptr) return false;
+    const HookCall in_hook;
+    try {
+        call(function);
+    } catch (...) {
+        return false;
+    }
+    return true;
 }
 
 // Each place gets the next text; places without one stay as they are.
@@ -68,6 +76,8 @@ void set_diagnostic_trace_handlers(DiagnosticTracePeriodFunction period_fn,
 
 namespace impl {
 
+constinit std::atomic<unsigned> longest_hook_call = 60'000;
+
 TraceTexts& TraceTexts::add(std::string_view text) {
     if (!std::exchange(is_empty_, false)) data_ += '\0';
     const std::size_t begin = data_.size();
@@ -76,33 +86,39 @@ TraceTexts& TraceTexts::add(std::string_view text) {
     return *this;
 }
 
+bool has_diagnostic_hooks() {
+    return period_function.load() != nullptr || trace_function.load() != nullptr;
+}
+
 unsigned diagnostic_trace_period() {
-    const auto function = usable(period_function);
-    const HookCall call;
-    return function == nullptr ? 0 : function();
+    unsigned period = 0;
+    calls(period_function, [&](auto function) { period = function(); });
+    return period;
 }
 
 bool wants_diagnostic_traces() {
-    const auto function = usable(query_function);
-    const HookCall call;
-    return function == nullptr || function(SourceLocation(), SourceString(), nullptr, 0);
+    bool is_wanted = true;
+    calls(query_function, [&](auto function) {
+        is_wanted = function(SourceLocation(), SourceString(), nullptr, 0);
+    });
+    return is_wanted;
 }
 
 void write_diagnostic_trace(const SourceLocation& where, const SourceString& format,
                             const TraceTexts& texts) {
-    if (const auto function = usable(trace_function); function != nullptr) {
-        const HookCall call;
+    const bool is_written = calls(trace_function, [&](auto function) {
         function(where, format, texts.data().c_str(), texts.data().size());
-        return;
-    }
-    write_default_trace("\n*** " + where.file_depot_path() + " - " +
-                        filled(format.as_string_view(), texts.data()) + "\n");
+    });
+    if (is_written) return;
+    const std::string line = "\n*** " + where.file_depot_path() + " - " +
+                             filled(format.as_string_view(), texts.data()) + "\n";
+    write_to_standard_error(line);
+    OutputDebugStringW(to_wstring(line, L'?', nullptr).c_str());
 }
 
-void write_default_trace(const std::string& text) {
+void write_to_standard_error(std::string_view text) {
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), text.data(), text.size(), &written, nullptr);
-    OutputDebugStringW(to_wstring(text, L'?', nullptr).c_str());
 }
 
 }  // namespace impl

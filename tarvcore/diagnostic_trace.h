@@ -28,7 +28,8 @@ using DiagnosticTraceFunction = bool (*)(const SourceLocation& where, const Sour
 //
 // For the start of the process: each hook is exchanged atomically, but not all of them together,
 // and lines that other threads write meanwhile may still go to the old ones.  A hook may be called
-// by any thread, by several at once, and while the process is in trouble.  It does not raise.
+// by any thread, by several at once, and while the process is in trouble.  It does not raise; one
+// that does counts as none.
 TARVCORE_API void set_diagnostic_trace_handlers(DiagnosticTracePeriodFunction period_fn,
                                                 DiagnosticTraceFunction trace_fn,
                                                 DiagnosticTraceFunction query_fn);

@@ -1,11 +1,18 @@
 #include "tarvcore/diagnostics_impl_win_common.h"
 
+#include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <cwchar>
+#include <iterator>
+#include <new>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "ace/Guard_T.h"
@@ -33,6 +40,7 @@ struct Failure {
     const char* function;    // may be null, as may be
     const char* expression;  // this
     const char* details;     // and this
+    AbsoluteTime time = AbsoluteTime::now();
 };
 
 const char* or_empty(const char* text) {
@@ -44,22 +52,34 @@ class IgnoredSites {
 public:
     bool contains(const Failure& failure) {
         const ACE_Guard<ThreadMutex> guard(mutex_);
-        return sites_.contains({failure.file, failure.line});
+        return sites_.contains(View(failure.file, failure.line));
     }
+    // Without memory the next failure asks again.
     void add(const Failure& failure) {
         const ACE_Guard<ThreadMutex> guard(mutex_);
-        sites_.insert({failure.file, failure.line});
+        try {
+            sites_.emplace(failure.file, failure.line);
+        } catch (const std::bad_alloc&) {
+        }
     }
 
     // Lives as long as the process: assertions may fail at its very end.
     static IgnoredSites& instance() {
-        static auto* const sites = new IgnoredSites;
+        alignas(IgnoredSites) static char memory[sizeof(IgnoredSites)];
+        static auto* const sites = new (memory) IgnoredSites;
         return *sites;
     }
 
 private:
+    using View = std::pair<std::string_view, unsigned>;
+
+    struct Less {
+        using is_transparent = void;
+        bool operator()(const View& a, const View& b) const { return a < b; }
+    };
+
     ThreadMutex mutex_;
-    std::set<std::pair<std::string, unsigned>> sites_;
+    std::set<std::pair<std::string, unsigned>, Less> sites_;
 };
 
 bool throws_always() {
@@ -83,11 +103,13 @@ std::string program_path() {
 
 // The circumstances.
 struct Report {
+    explicit Report(const Failure& what) : failure(what) {}
+
     Failure failure;
-    std::string time;
-    std::string program;
-    unsigned long process;
-    unsigned long thread;
+    std::string time = failure.time.as_string();
+    std::string program = program_path();
+    unsigned long process = GetCurrentProcessId();
+    unsigned long thread = GetCurrentThreadId();
 };
 
 std::string dialog_text(const Report& report, const std::string& stack_trace) {
@@ -121,16 +143,20 @@ std::string dialog_text(const Report& report, const std::string& stack_trace) {
 }
 
 struct Answer {
-    int button;
-    bool has_modifier;
+    int button = IDIGNORE;
+    bool has_modifier = false;
 };
+
+Answer ask(const wchar_t* text) {
+    const int button = impl::show_message_box(
+        text, MB_ABORTRETRYIGNORE | MB_ICONSTOP | MB_TASKMODAL | MB_SETFOREGROUND);
+    return {button, impl::is_modifier_held()};
+}
 
 Answer ask(const Report& report, const std::string& stack_trace) {
     const std::wstring text = to_wstring(dialog_text(report, stack_trace), L'?', nullptr);
     if (text.find(L'\0') != std::wstring::npos) impl::raise_embedded_nul_error();
-    const int button = impl::show_message_box(
-        text.c_str(), MB_ABORTRETRYIGNORE | MB_ICONSTOP | MB_TASKMODAL | MB_SETFOREGROUND);
-    return {button, impl::is_modifier_held()};
+    return ask(text.c_str());
 }
 
 void trace(const Report& report, const std::string& stack_trace) {
@@ -182,37 +208,62 @@ void dump(CONTEXT& context) {
     impl::DumpPath path;
     if (path.build(nullptr, GetCurrentThreadId()) &&
         impl::write_memory_dump(diagnosticMemoryDumpFull, context, path)) {
-        impl::show_message_box(
-            (std::wstring(L"Dump created and saved to: ") + path.c_str()).c_str(),
-            flags | MB_ICONINFORMATION);
+        wchar_t text[impl::DumpPath::capacity + 40] = L"Dump created and saved to: ";
+        std::wcscat(text, path.c_str());
+        impl::show_message_box(text, flags | MB_ICONINFORMATION);
     } else {
         impl::show_message_box(L"Creation of dump failed", flags | MB_ICONEXCLAMATION);
     }
 }
 
-bool report_failed_assert_aux(const Failure& failure, CONTEXT& context) {
-    const AbsoluteTime now = AbsoluteTime::now();
-    const bool throw_always = throws_always();
-    bool is_traced = false;
-    bool is_ignored = false;
-    if (!throw_always) {
-        is_traced = impl::wants_diagnostic_traces();
-        is_ignored = IgnoredSites::instance().contains(failure);
-        if (!is_traced && is_ignored) return true;
+// For a process that has no memory left.
+class BriefReport {
+public:
+    explicit BriefReport(const Failure& failure) {
+        std::snprintf(line_, size,
+                      "\n*** Debug Assertion Failed!\n\nFile: %s\nLine: %u\n\nExpression: %s\n",
+                      failure.file, failure.line, or_empty(failure.expression));
+        const auto ascii = [](char c) { return c < 0 ? L'?' : static_cast<wchar_t>(c); };
+        std::transform(std::begin(line_) + std::strlen("\n*** "), std::end(line_), text_, ascii);
     }
+    const char* line() const { return line_; }
+    const wchar_t* text() const { return text_; }
 
-    const Report report = {failure, now.as_string(), program_path(), GetCurrentProcessId(),
-                           GetCurrentThreadId()};
-    if (throw_always) raise(report);
-    const std::string stack_trace =
-        impl::stack_trace_text(impl::walk_own_stack(context), /*is_fault=*/false);
-    Answer answer = {IDIGNORE, false};
-    if (!is_ignored) answer = ask(report, stack_trace);
-    if (is_traced) trace(report, stack_trace);
+private:
+    static constexpr unsigned size = 512;
 
+    char line_[size] = {};
+    wchar_t text_[size];
+};
+
+// Asks and traces, as far as that is wanted.
+Answer report(const Failure& failure, const CONTEXT& context, bool is_asked, bool is_traced) {
+    std::optional<Answer> answer;
+    if (!is_asked) answer.emplace();
+    try {
+        const Report report(failure);
+        const std::string stack_trace =
+            impl::stack_trace_text(impl::walk_own_stack(context), /*is_fault=*/false);
+        if (!answer) answer = ask(report, stack_trace);
+        if (is_traced) trace(report, stack_trace);
+    } catch (const std::bad_alloc&) {
+        const BriefReport brief(failure);
+        if (is_traced) impl::write_to_standard_error(brief.line());
+        if (!answer) answer = ask(brief.text());
+    }
+    return *answer;
+}
+
+bool report_failed_assert_aux(const Failure& failure, CONTEXT& context) {
+    if (throws_always()) raise(Report(failure));
+    const bool is_traced = impl::wants_diagnostic_traces();
+    const bool is_ignored = IgnoredSites::instance().contains(failure);
+    if (!is_traced && is_ignored) return true;
+
+    const Answer answer = report(failure, context, !is_ignored, is_traced);
     switch (answer.button) {
         case IDRETRY:
-            if (answer.has_modifier) raise(report);
+            if (answer.has_modifier) raise(Report(failure));
             return false;
         case IDABORT:
             if (answer.has_modifier) dump(context);

@@ -14,6 +14,9 @@
 #include "tarvcore/impl/unicode_kernels.h"
 #include "tarvcore/streamers.h"
 
+//
+#include <psapi.h>
+
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/stack_trace.cpp#1 $");
 
 namespace tarvcore {
@@ -118,15 +121,15 @@ private:
 // The module that has an address.
 void describe_module(StackFrame& frame) {
     HMODULE module = nullptr;
-    wchar_t path[MAX_PATH];
     if (GetModuleHandleExW(
             GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
             static_cast<const wchar_t*>(frame.address), &module) == 0) {
         return;
     }
-    const DWORD length = GetModuleFileNameW(module, path, MAX_PATH);
-    const std::string name = impl::utf16_to_utf8_replacing(path, length, '?');
-    frame.module = name.substr(name.find_last_of('\\') + 1);
+    // The name alone: paths have any length.
+    wchar_t name[MAX_PATH];
+    const DWORD length = K32GetModuleBaseNameW(GetCurrentProcess(), module, name, MAX_PATH);
+    frame.module = impl::utf16_to_utf8_replacing(name, length, '?');
     frame.offset =
         reinterpret_cast<std::uintptr_t>(frame.address) - reinterpret_cast<std::uintptr_t>(module);
 }

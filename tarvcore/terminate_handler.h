@@ -25,8 +25,10 @@ namespace tarvcore {
 // dump as long as there are credits for one (see create_dump_and_trace_anonymous_exception).  Then
 // the process raises SIGABRT and ends with status 3.
 //
-// What goes wrong in there ends the process, too, with a shorter line.  An overflow of the stack is
-// reported by a thread of its own.
+// What goes wrong in there ends the process, too, with a shorter line; what needs memory is left
+// out where there is none.  A hook that does not come back within a minute is left behind: another
+// thread begins the report again, on standard error.  An overflow of the stack is reported by a
+// thread of its own.
 class TARVCORE_API ScopedDiagnosticSignalHandler {
 public:
     ScopedDiagnosticSignalHandler();

@@ -18,6 +18,7 @@
 #include "tarvcore/impl/debug_help.h"
 #include "tarvcore/impl/dump_path.h"
 #include "tarvcore/impl/user_interface.h"
+#include "tests/support/allocations.h"
 #include "tests/support/child_process.h"
 #include "tests/support/message_box.h"
 #include "tests/support/scoped_calls.h"
@@ -269,6 +270,47 @@ TEST_F(FailedAssertion, MayFailWithinAHook) {
     EXPECT_TRUE(report(5));
     SetStdHandle(STD_ERROR_HANDLE, errors);
     EXPECT_EQ(depth, 1);
+}
+
+// A hook that raises is no hook.
+TEST_F(FailedAssertion, DoesNotRaiseWhatAHookDoes) {
+    missing = "MessageBoxW";
+    set_diagnostic_trace_handlers(
+        nullptr, [](auto&, auto&, auto, auto) -> bool { throw 42; },
+        [](auto&, auto&, auto, auto) -> bool { throw 42; });
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(report(8));
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("Expression: a == b"), std::string::npos);
+}
+
+int WINAPI show_without_memory(HWND, const wchar_t* text, const wchar_t*, UINT) {
+    boxes += std::wcsstr(text, L"\nLine: 9\n") != nullptr &&
+             std::wcsstr(text, L"\nExpression: a == b") != nullptr;
+    return IDIGNORE;
+}
+
+TEST_F(FailedAssertion, AsksWithoutMemory) {
+    calls_->find = [](const char* name) -> void* {
+        return *name == 'M' ? reinterpret_cast<void*>(show_without_memory)
+                            : reinterpret_cast<void*>(key_state);
+    };
+    held_key = VK_SHIFT;
+    static std::atomic<int> traced;
+    traced = 0;
+    set_diagnostic_trace_handlers(
+        nullptr, [](auto&, auto&, auto, auto) { return ++traced, true; }, nullptr);
+    const HANDLE errors = GetStdHandle(STD_ERROR_HANDLE);
+    SetStdHandle(STD_ERROR_HANDLE, nullptr);  // where the others' lines go
+    int failures = 0;
+    for (; traced == 0; ++failures) {
+        tarv_test::AllocationWatch watch;
+        watch.fail_from(failures);
+        EXPECT_TRUE(report(9));
+        watch.fail_none();
+    }
+    SetStdHandle(STD_ERROR_HANDLE, errors);
+    EXPECT_GT(failures, 3);
+    EXPECT_EQ(boxes, failures);
 }
 
 TEST_F(FailedAssertion, OfManyThreadsAreAllTold) {

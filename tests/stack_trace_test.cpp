@@ -79,6 +79,33 @@ TEST(StackTrace, PrintsWhatIsKnown) {
     }
 }
 
+// Modules may lie in folders whose names are longer than the system's functions like.
+TEST(StackTrace, NamesModulesOfAnyPath) {
+    wchar_t temporary[MAX_PATH];
+    GetTempPathW(MAX_PATH, temporary);
+    std::wstring folder = std::wstring(L"\\\\?\\") + temporary + L"tarvcore_stack_trace_test";
+    std::vector<std::wstring> folders;
+    for (; folder.size() < 400; folder += L'\\' + std::wstring(100, L'x'))
+        CreateDirectoryW(folders.emplace_back(folder).c_str(), nullptr);
+    const std::wstring path = folders.back() + L"\\deep.dll";
+    wchar_t original[MAX_PATH];
+    GetModuleFileNameW(GetModuleHandleW(L"tarvmoduleregistry.dll"), original, MAX_PATH);
+    ASSERT_TRUE(CopyFileW(original, path.c_str(), FALSE)) << GetLastError();
+    const HMODULE module = LoadLibraryExW(path.c_str(), nullptr, 0);
+    ASSERT_NE(module, nullptr) << GetLastError();
+
+    impl::StackAddresses stack;
+    stack.addresses[stack.count++] = reinterpret_cast<const char*>(module) + 0x1234;
+    const std::vector<StackFrame> frames = impl::describe(stack, true);
+    EXPECT_EQ(frames[0].module, "deep.dll") << shown(frames);
+    EXPECT_TRUE(!frames[0].function.empty() || frames[0].offset == 0x1234) << shown(frames);
+
+    FreeLibrary(module);
+    DeleteFileW(path.c_str());
+    for (; !folders.empty(); folders.pop_back())
+        RemoveDirectoryW(folders.back().c_str());
+}
+
 // What the symbol engine was told.
 std::atomic<int> started;
 std::atomic<int> ended;

@@ -6,9 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cwchar>
 #include <deque>
+#include <filesystem>
 #include <fstream>
 #include <future>
+#include <iterator>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -17,6 +20,8 @@
 #include "tarvcore/abs_rel_time.h"
 #include "tarvcore/ucsutil.h"
 #include "tests/support/child_process.h"
+//
+#include <windows.h>
 
 namespace {
 
@@ -276,6 +281,35 @@ TEST(Tarv, TellsTheTime) {
     const AbsoluteTime time = AbsoluteTime::from_string(text.substr(0, text.size() - 1));
     EXPECT_LE(before, time);
     EXPECT_LE(time, AbsoluteTime::now());
+}
+
+// Below a folder of its own, which is empty again in the end.
+TEST(Tarv, ShowsACrashAndItsDump) {
+    wchar_t folder[MAX_PATH];
+    GetTempPathW(MAX_PATH, folder);
+    std::wcscat(folder, L"tarvcore_demo");
+    SetEnvironmentVariableW(L"ZOLT_TRACE_ROOT", folder);
+    const Outcome outcome = tarv({L"demo", L"crash"});
+    SetEnvironmentVariableW(L"ZOLT_TRACE_ROOT", nullptr);
+    EXPECT_EQ(outcome.status, 3u);
+    EXPECT_TRUE(outcome.output.starts_with("Writing to address 0x10.")) << outcome.output;
+    const std::string& report = outcome.errors;
+    for (const char* part :
+         {"\nErrorCode:   error.exception.fault.accessViolation\n",
+          ": writing address 0x00000010 by thread 0x", " - !!!!! Aborting process NOW !!!!!\n"})
+        EXPECT_NE(report.find(part), report.npos) << part << report;
+    const std::string announcement = "Created memory dump: ";
+    const auto begin = report.find(announcement);
+    ASSERT_NE(begin, report.npos) << report;
+    const auto end = report.find('\n', begin);
+    const std::filesystem::path path(
+        report.substr(begin + announcement.size(), end - begin - announcement.size()));
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}).substr(0, 4), "MDMP") << path;
+    file.close();
+    EXPECT_TRUE(std::filesystem::remove(path));
+    EXPECT_TRUE(std::filesystem::remove(path.parent_path()));
+    EXPECT_TRUE(std::filesystem::remove(folder));
 }
 
 TEST(Tarv, ReportsAnOutputThatNobodyReads) {

@@ -7,6 +7,7 @@
 
 #include <exception>
 #include <regex>
+#include <string>
 
 #include "tests/support/child_process.h"
 
@@ -67,11 +68,38 @@ TEST(TerminateHandler, TellsWhatEndedTheProcess) {
     }
 }
 
-TEST(TerminateHandler, GivesUpWhereTheReportFails) {
-    const auto outcome = tarv_test::run_program(L"terminate_handler_child.exe", {L"hook"});
-    EXPECT_EQ(outcome.status, 3u);
-    EXPECT_EQ(outcome.errors,
-              "\n*** The report of a fault failed.\n*** !!!!! Aborting process NOW !!!!!\n");
+tarv_test::Outcome run(const wchar_t* way, int argument) {
+    return tarv_test::run_program(L"terminate_handler_child.exe", {way, std::to_wstring(argument)});
+}
+
+TEST(TerminateHandler, EndsTheProcessWhateverAHookDoes) {
+    const auto faulty = run(L"hook", 0);
+    EXPECT_EQ(faulty.status, 3u);
+    EXPECT_EQ(faulty.errors,
+              "\n*** The report of a fault failed.\n\n*** !!!!! Aborting process NOW !!!!!\n");
+    for (const int hook : {1, 2}) {  // raises, and never comes back
+        const auto outcome = run(L"hook", hook);
+        EXPECT_EQ(outcome.status, 3u) << hook;
+        EXPECT_NE(outcome.errors.find(": writing address 0x00000010 by thread"), std::string::npos)
+            << hook << outcome.errors;
+        EXPECT_TRUE(outcome.errors.ends_with(" - !!!!! Aborting process NOW !!!!!\n"))
+            << hook << outcome.errors;
+    }
+}
+
+TEST(TerminateHandler, EndsTheProcessWithoutMemory) {
+    for (const wchar_t* way : {L"fault without memory", L"exception without memory"}) {
+        for (const int allocation : {0, 3, 30}) {
+            const auto outcome = run(way, allocation);
+            EXPECT_EQ(outcome.status, 3u) << way << allocation;
+            EXPECT_TRUE(outcome.errors.ends_with("!!!!! Aborting process NOW !!!!!\n"))
+                << way << allocation << outcome.errors;
+            EXPECT_TRUE(allocation != 0 ||
+                        std::regex_search(outcome.errors,
+                                          std::regex("\\*\\* Fault 0xc[0-9a-f]+ at address 0x")))
+                << outcome.errors;
+        }
+    }
 }
 
 TEST(TerminateHandler, IsThereWhileTheGuardLives) {

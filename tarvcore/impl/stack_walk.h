@@ -42,7 +42,7 @@ std::uintptr_t readable_end(std::uintptr_t address);
 
 // What is known of these addresses.  `is_fault`: the first one is that of an instruction, not one
 // that a call returns to.
-std::vector<StackFrame> describe(const StackAddresses& stack, bool is_fault);
+TARVCORE_API std::vector<StackFrame> describe(const StackAddresses& stack, bool is_fault);
 
 // A line for each.
 std::string stack_trace_text(const StackAddresses& stack, bool is_fault);

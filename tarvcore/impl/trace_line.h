@@ -1,6 +1,7 @@
 // The library's way to the diagnostic trace hooks.
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <string_view>
 
@@ -23,12 +24,17 @@ private:
     bool is_empty_ = true;
 };
 
+// Whether there is a hook that the report of a fault calls; and how long one may take then, in
+// milliseconds.  Tests wait for less.
+bool has_diagnostic_hooks();
+TARVCORE_API extern std::atomic<unsigned> longest_hook_call;
+
 unsigned diagnostic_trace_period();
 bool wants_diagnostic_traces();
 void write_diagnostic_trace(const SourceLocation& where, const SourceString& format,
                             const TraceTexts& texts);
 
-// Writes a text to standard error, past the C runtime, and to the debugger's output.
-void write_default_trace(const std::string& text);
+// Past the C runtime, and without memory.
+void write_to_standard_error(std::string_view text);
 
 }  // namespace tarvcore::impl

@@ -1,5 +1,5 @@
 // Comes to grief in the way that its argument names, with the diagnostic handler installed.  A
-// second argument asks for a dump, which takes seconds.
+// second argument is that of the way, or asks for a dump, which takes seconds.
 
 #include "tarvcore/terminate_handler.h"
 
@@ -14,6 +14,8 @@
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_exception.h"
 #include "tarvcore/impl/debug_help.h"
+#include "tarvcore/impl/trace_line.h"
+#include "tests/support/allocations.h"
 //
 #include <windows.h>
 
@@ -42,7 +44,7 @@ int overflow(int depth) {
     return depth < 0 ? 0 : overflow(depth + 1) + room[0];
 }
 
-[[gnu::noinline]] void fail(const std::string& way) {
+[[gnu::noinline]] void fail(const std::string& way, int argument = 0) {
     if (way == "ours") throw_error(error::tarvcore_uuid_parse, "Bad UUID", SourceLocation());
     if (way == "standard") throw std::runtime_error("it went wrong");
     if (way == "unknown") throw 42;
@@ -59,28 +61,34 @@ int overflow(int depth) {
         std::memset(__builtin_frame_address(0), 0x5A, 64);
         *nowhere = 1;
     }
-    if (way == "thread") std::thread(fail, "write").join();
+    if (way == "thread") std::thread(fail, "write", 0).join();
     if (way == "hook") {
-        set_diagnostic_trace_handlers(
-            nullptr,
-            [](const SourceLocation&, const SourceString&, const char*, unsigned) {
-                *nowhere = 1;
-                return true;
-            },
-            nullptr);
+        const DiagnosticTraceFunction hooks[] = {
+            [](auto&, auto&, auto, auto) { return *nowhere == 1; },
+            [](auto&, auto&, auto, auto) -> bool { throw 42; },
+            [](auto&, auto&, auto, auto) { return Sleep(INFINITE), true; },
+        };
+        impl::longest_hook_call = 300;
+        set_diagnostic_trace_handlers(nullptr, hooks[argument], nullptr);
         *nowhere = 1;
     }
+    // From that allocation on: in the report of a fault, or of an exception.
+    static tarv_test::AllocationWatch watch;
+    watch.fail_from(argument);
+    if (way == "fault without memory") *nowhere = 1;
+    throw 42;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     const std::string way = argv[1];
-    if (argc == 2) impl::debug_help_calls = &without_dumps;
+    const std::string argument = argc > 2 ? argv[2] : "";
+    if (argument != "dump") impl::debug_help_calls = &without_dumps;
     const ScopedDiagnosticSignalHandler handler;
     if (way == "restored") {
         { const ScopedDiagnosticSignalHandler inner; }
         fail("unknown");
     }
-    fail(way);
+    fail(way, std::atoi(argument.c_str()));
 }

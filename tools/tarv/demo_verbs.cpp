@@ -40,7 +40,7 @@ public:
                 "A demonstration.");
             output.write(goes_on ? "The program goes on.\n" : "The program stops in a debugger.\n");
         } catch (const tarvcore::ErrorException& e) {
-            output.write("The program catches:\n" + std::string(e.what()));
+            output.write("The program catches:\n" + std::string(e.what()) + '\n');
         }
         return true;
     }
