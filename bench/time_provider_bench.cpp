@@ -25,7 +25,13 @@ void add_time_provider_rows() {
                   measure(state, [&] { keep(clock.now()); });
               }},
              {"the instruction alone",
-              [](benchmark::State& state) { measure(state, [] { keep(__rdtsc()); }); }}});
+              [](benchmark::State& state) { measure(state, [] { keep(__rdtsc()); }); }},
+             {"the instruction in order", [](benchmark::State& state) {
+                  measure(state, [] {
+                      _mm_lfence();
+                      keep(__rdtsc());
+                  });
+              }}});
     add_row("clock: of the system", "1.06 x",
             {{"TimeProviderQpc::now",
               [](benchmark::State& state) {

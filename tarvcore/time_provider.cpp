@@ -12,6 +12,12 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/time_provider.cpp#1 $");
 namespace tarvcore {
 namespace {
 
+// By halves, as processor and system hand it over: a load of both would wait for the two stores.
+double count_of_halves(double high, std::uint32_t low) {
+    constexpr double high_unit = 4294967296.0;
+    return high * high_unit + low;
+}
+
 RelativeTime time_of_count(double count, double per_second) {
     constexpr double ns_per_second = impl::TimeBase::NANOSECONDS_IN_ONE_SECOND;
     return RelativeTime::nanoseconds(impl::int64_from_double(count / per_second * ns_per_second));
@@ -36,9 +42,7 @@ TimeProviderQpc::TimeProviderQpc() {
 RelativeTime TimeProviderQpc::now() const {
     LARGE_INTEGER counter;
     QueryPerformanceCounter(&counter);
-    // By halves, as the system has just written it: a load of both would wait for the two stores.
-    constexpr double high_unit = 4294967296.0;
-    return time_of_count(counter.HighPart * high_unit + counter.LowPart, ticks_per_second_);
+    return time_of_count(count_of_halves(counter.HighPart, counter.LowPart), ticks_per_second_);
 }
 
 RelativeTime TimeProviderQpc::time_of(std::int64_t counter) const {
@@ -55,7 +59,9 @@ RelativeTime TimeProviderTsc::now() const {
 }
 
 RelativeTime TimeProviderTsc::time_of(std::uint64_t counter) const {
-    return time_of_count(static_cast<double>(counter), cycles_per_second_);
+    const auto high = static_cast<std::uint32_t>(counter >> 32);
+    return time_of_count(count_of_halves(high, static_cast<std::uint32_t>(counter)),
+                         cycles_per_second_);
 }
 
 ACE_Time_Value monotonic_synthetic_ace_gettimeofday() {
