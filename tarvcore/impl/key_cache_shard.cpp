@@ -1,6 +1,7 @@
 #include "tarvcore/impl/key_cache_shard.h"
 
 #include <new>
+#include <utility>
 
 #include "ace/Guard_T.h"
 
@@ -19,26 +20,26 @@ constexpr unsigned spins_before_sleep = 1000;
 KeyCacheItem::~KeyCacheItem() = default;
 
 void KeyCacheShard::open(unsigned bucket_count) {
-    buckets_ = new KeyCacheItem* [bucket_count] {};
-    bucket_count_ = bucket_count;
+    chains_ = new KeyCacheItem* [bucket_count * chains_per_bucket] {};
+    chain_count_ = bucket_count * chains_per_bucket;
     lock_.set_spin_count(spins_before_sleep);
 }
 
 KeyCacheShard::~KeyCacheShard() {
-    for (unsigned i = 0; i < bucket_count_; ++i) {
-        for (KeyCacheItem* item = buckets_[i]; item != nullptr; item = item->next_)
+    for (unsigned i = 0; i < chain_count_; ++i) {
+        for (KeyCacheItem* item = chains_[i]; item != nullptr; item = item->next_)
             item->shard_ = nullptr;
     }
-    delete[] buckets_;
+    delete[] chains_;
     while (void* spare = take_spare())
         operator delete(spare);
 }
 
 void KeyCacheShard::insert(KeyCacheItem& item) {
-    if (++entry_count_ > bucket_count_ * max_entries_per_bucket) grow();
+    if (++entry_count_ > bucket_count() * max_entries_per_bucket) grow();
     item.shard_ = this;
     ++item.use_count_;
-    KeyCacheItem*& head = buckets_[item.hash_ % bucket_count_];
+    KeyCacheItem*& head = *chain_of(item.hash_);
     item.next_ = head;
     head = &item;
     ++modification_count_;
@@ -46,26 +47,28 @@ void KeyCacheShard::insert(KeyCacheItem& item) {
 
 // Where there is no memory for more buckets, the chains become longer instead.
 void KeyCacheShard::grow() {
-    const unsigned new_count = grown_bucket_count(bucket_count_);
-    if (new_count == bucket_count_) return;
-    auto** new_buckets = new (std::nothrow) KeyCacheItem* [new_count] {};
-    if (new_buckets == nullptr) return;
-    for (unsigned i = 0; i < bucket_count_; ++i) {
-        for (KeyCacheItem* item = buckets_[i]; item != nullptr;) {
+    const unsigned new_bucket_count = grown_bucket_count(bucket_count());
+    if (new_bucket_count == bucket_count()) return;
+    const unsigned old_count = chain_count_;
+    const unsigned new_count = new_bucket_count * chains_per_bucket;
+    auto** new_chains = new (std::nothrow) KeyCacheItem* [new_count] {};
+    if (new_chains == nullptr) return;
+    KeyCacheItem** const old_chains = std::exchange(chains_, new_chains);
+    chain_count_ = new_count;
+    for (unsigned i = 0; i < old_count; ++i) {
+        for (KeyCacheItem* item = old_chains[i]; item != nullptr;) {
             KeyCacheItem* const next = item->next_;
-            KeyCacheItem*& head = new_buckets[item->hash_ % new_count];
+            KeyCacheItem*& head = *chain_of(item->hash_);
             item->next_ = head;
             head = item;
             item = next;
         }
     }
-    delete[] buckets_;
-    buckets_ = new_buckets;
-    bucket_count_ = new_count;
+    delete[] old_chains;
 }
 
 void KeyCacheShard::unlink(KeyCacheItem& item) {
-    KeyCacheItem** link = &buckets_[item.hash_ % bucket_count_];
+    KeyCacheItem** link = chain_of(item.hash_);
     while (*link != &item)
         link = &(*link)->next_;
     *link = item.next_;
