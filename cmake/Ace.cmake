@@ -7,6 +7,8 @@ execute_process(COMMAND ${PROJECT_SOURCE_DIR}/scripts/library-location.sh ace
 if(NOT EXISTS ${TARVCORE_ACE_FOLDER})
     message(FATAL_ERROR "ACE is not built for this target yet: run scripts/setup.sh")
 endif()
+# As the compiler names it in debug information.
+file(REAL_PATH ${TARVCORE_ACE_FOLDER} TARVCORE_ACE_FOLDER)
 foreach(name ACE ACE_static)
     find_package(${name} CONFIG REQUIRED
                  PATHS ${TARVCORE_ACE_FOLDER} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)

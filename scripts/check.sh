@@ -22,7 +22,7 @@ for folder in tarvcore tarvcoremain tarvmoduleregistry tools tests bench example
     [[ -d $folder ]] && folders+=("$folder")
 done
 mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h' | sort)
-mapfile -t scripts < <(grep -lE '^#!.*bash' -r scripts .ci tarv)
+mapfile -t scripts < <(grep -lE '^#!.*bash' -r scripts tests .ci tarv)
 
 # The C++ of README, as a program of its own would have it: without our flags, which say that there
 # are SSE2 instructions.

@@ -18,11 +18,12 @@ git ls-files -z --cached --others --exclude-standard |
 XDG_CACHE_HOME=$work/cache "$copy/scripts/package.sh"
 
 if ! cmp "$package" "$copy/$package"; then
+    trap - EXIT
     for folder in "$root" "$copy"; do
         mkdir -p "$work/unpacked/${folder##*/}"
         (cd "$work/unpacked/${folder##*/}" && cmake -E tar xf "$folder/$package")
     done
     diff -rq "$work/unpacked"/* >&2 || true
-    fail "two builds of one source give different packages: see above"
+    fail "two builds of one source give different packages: see above, and the folder $work"
 fi
 say "two builds give the same package: $(sha256sum "$package")"
