@@ -84,6 +84,31 @@ foreach(name README.md NOTICE.md)
 endforeach()
 install(FILES ${templates}/dep5 DESTINATION .reuse)
 
+# The same for programs that look for versions with known faults.
+set(components)
+function(tarvcore_component name version terms)
+    string(REPLACE " " "-" id ${name})
+    string(APPEND components "
+PackageName: ${name}
+SPDXID: SPDXRef-${id}
+PackageVersion: ${version}
+PackageDownloadLocation: NOASSERTION
+FilesAnalyzed: false
+PackageLicenseConcluded: ${terms}
+PackageLicenseDeclared: ${terms}
+PackageCopyrightText: NOASSERTION
+Relationship: SPDXRef-DOCUMENT describes SPDXRef-${id}
+")
+    set(components "${components}" PARENT_SCOPE)
+endfunction()
+tarvcore_component(tarvcore ${PROJECT_VERSION} LicenseRef-Proprietary)
+tarvcore_component(ACE ${ace_version} DOC)
+tarvcore_component("GCC runtimes" ${gcc_version} "GPL-3.0-or-later WITH GCC-exception-3.1")
+tarvcore_component(mingw-w64 ${mingw_version} LicenseRef-mingw-w64)
+tarvcore_component(CLI11 ${cli11_version} BSD-3-Clause)
+tarvcore_component(nlohmann-json ${json_version} MIT)
+file(CONFIGURE OUTPUT ${generated}/components.spdx CONTENT "${components}" @ONLY)
+
 # The ZIP.
 set(CPACK_GENERATOR ZIP)
 set(CPACK_PACKAGE_NAME tarvcore)
@@ -91,5 +116,6 @@ set(CPACK_PACKAGE_FILE_NAME tarvcore-${PROJECT_VERSION}-w32)
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/package)
 set(CPACK_PRE_BUILD_SCRIPTS ${templates}/bill_of_materials.cmake)
 set(CPACK_POST_BUILD_SCRIPTS ${templates}/normalize.cmake)
+set(CPACK_TARVCORE_COMPONENTS ${generated}/components.spdx)
 set(CPACK_VERBATIM_VARIABLES TRUE)
 include(CPack)

@@ -24,6 +24,7 @@ if ! cmp "$package" "$copy/$package"; then
         (cd "$work/unpacked/${folder##*/}" && cmake -E tar xf "$folder/$package")
     done
     diff -rq "$work/unpacked"/* >&2 || true
-    fail "two builds of one source give different packages: see above, and the folder $work"
+    fail "two builds of one source give different packages: see above, and the folder $work;" \
+        "where this tree was built on and on, \"make clean\" is worth a try"
 fi
 say "two builds give the same package: $(sha256sum "$package")"

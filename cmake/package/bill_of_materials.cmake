@@ -1,5 +1,6 @@
 # Run by cpack over the files that it is about to pack: writes tarvcore.spdx, which has every file of
-# them, what it is under, and its checksum.  Fails where a file's terms are not known.
+# them, what it is under, and its checksum; and whose works are in them, with their versions.  Fails
+# where a file's terms are not known.
 set(files ${CPACK_TEMPORARY_INSTALL_DIRECTORY})
 execute_process(COMMAND reuse --root ${files} lint OUTPUT_VARIABLE report RESULT_VARIABLE status)
 if(NOT status EQUAL 0)
@@ -13,4 +14,5 @@ if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
 endif()
 string(REGEX REPLACE "\nCreated: [^\n]*" "\nCreated: ${created}" bill "${bill}")
 string(REGEX REPLACE "(\nDocumentNamespace: [^\n]*/)[^\n]*" "\\1${CPACK_PACKAGE_FILE_NAME}" bill "${bill}")
-file(WRITE ${files}/tarvcore.spdx "${bill}")
+file(READ ${CPACK_TARVCORE_COMPONENTS} components)
+file(WRITE ${files}/tarvcore.spdx "${bill}" "${components}")
