@@ -55,11 +55,11 @@ bench:  ## Measure the library and its peers: one table; make bench ROWS="record
 	@scripts/bench.sh "$(ROWS)"
 
 package:  ## Pack what programs need that use the library: build/tarvcore-VERSION-w32.zip
-	@scripts/setup.sh package
+	@scripts/setup.sh manual package
 	@scripts/package.sh
 
 check-package:  ## Whether a build in another folder gives the same package, to the byte: minutes
-	@scripts/setup.sh package
+	@scripts/setup.sh manual package
 	@scripts/check_package.sh
 
 clean:  ## Remove what was built here (the cache with ACE stays)

@@ -4,7 +4,7 @@
 #   bin/                  the DLLs, the tool, and debug information beside them
 #   include/, lib/        headers and import libraries, ours and ACE's
 #   lib/cmake/tarvcore/   find_package(tarvcore); lib/pkgconfig/ is the same for pkg-config
-#   share/tarvcore/       a first program
+#   share/                the manual; a first program
 #   LICENSES/, NOTICE.md  what of this is whose, and on which terms
 include(CMakePackageConfigHelpers)
 set(templates ${PROJECT_SOURCE_DIR}/cmake/package)
@@ -44,7 +44,8 @@ foreach(name tarvcore tarvcore-main)
     install(FILES ${generated}/${name}.pc DESTINATION lib/pkgconfig)
 endforeach()
 
-# Where to begin.
+# Where to begin.  The manual is there where scripts/manual.sh has made it.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/build/manual/html DESTINATION share/doc/tarvcore OPTIONAL)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/consumer DESTINATION share/tarvcore)
 
 # What is whose: the texts are those that the machine has beside what they are about.
@@ -107,6 +108,7 @@ tarvcore_component("GCC runtimes" ${gcc_version} "GPL-3.0-or-later WITH GCC-exce
 tarvcore_component(mingw-w64 ${mingw_version} LicenseRef-mingw-w64)
 tarvcore_component(CLI11 ${cli11_version} BSD-3-Clause)
 tarvcore_component(nlohmann-json ${json_version} MIT)
+tarvcore_component("Doxygen scripts" NOASSERTION MIT)
 file(CONFIGURE OUTPUT ${generated}/components.spdx CONTENT "${components}" @ONLY)
 
 # The ZIP.
