@@ -12,12 +12,12 @@ run:  ## Set up, build, and run the tool: make run ARGS="time parse 2014-07-16T1
 	@./tarv $(ARGS)
 
 test:  ## Set up, build, and run every test
-	@scripts/setup.sh wine package
+	@scripts/setup.sh wine package debugger
 	@scripts/build.sh release
 	@ctest --preset release -j $(JOBS)
 
 test-long:  ## The same with a hundred times the trials, and with what takes minutes
-	@scripts/setup.sh wine package
+	@scripts/setup.sh wine package debugger
 	@scripts/build.sh release
 	@scripts/test-long.sh
 

@@ -18,6 +18,7 @@ foreach(target tarvcore tarvmoduleregistry tarv)
                   $<TARGET_FILE_DIR:${target}>/$<TARGET_FILE_BASE_NAME:${target}>.pdb
             DESTINATION bin)
 endforeach()
+install(FILES $<TARGET_FILE:tarvcore>-gdb.py DESTINATION bin)
 install(FILES ${TARVCORE_COMPILER_RUNTIMES} ${TARVCORE_ACE_FOLDER}/bin/ACE.dll DESTINATION bin)
 install(FILES ${TARVCORE_ACE_FOLDER}/lib/libACE.dll.a DESTINATION lib)
 
