@@ -21,6 +21,11 @@ test-long:  ## The same with a hundred times the trials, and with what takes min
 	@scripts/build.sh release
 	@scripts/test-long.sh
 
+test-display:  ## The box of failed assertions on a display, answered by real keys: a minute
+	@scripts/setup.sh wine display
+	@scripts/build.sh release tarv
+	@scripts/test-display.sh
+
 test-checked:  ## The same tests under the address and undefined behaviour checkers
 	@scripts/setup.sh wine
 	@scripts/build.sh checked
@@ -65,5 +70,5 @@ check-package:  ## Whether a build in another folder gives the same package, to 
 clean:  ## Remove what was built here (the cache with ACE stays)
 	@rm -rf build
 
-.PHONY: help run test test-long test-checked fuzz coverage manual check exports bench package \
-	check-package clean
+.PHONY: help run test test-long test-display test-checked fuzz coverage manual check exports bench \
+	package check-package clean
