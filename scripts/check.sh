@@ -39,6 +39,8 @@ check "picture of the layers" "scripts/draw_layers.py" python3 scripts/draw_laye
 check "shell scripts" "shellcheck" shellcheck --external-sources --source-path=scripts "${scripts[@]}"
 check "whose each file is" "see .reuse/dep5" reuse lint --quiet
 check "documents' links" "mend the links named" python3 scripts/check_docs.py
+check "examples in the documents" "scripts/embed_examples.py" \
+    python3 scripts/embed_examples.py --check
 check "manual" "see above" scripts/manual.sh
 check "README's example" "mend it" example_compiles
 check "headers, and layers without those above" "see above" \

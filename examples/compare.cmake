@@ -1,0 +1,15 @@
+# compare.cmake EXPECTED COMMAND...: fails where the command fails, or prints something else.
+set(command)
+math(EXPR last "${CMAKE_ARGC} - 1")
+foreach(i RANGE 4 ${last})
+    list(APPEND command "${CMAKE_ARGV${i}}")
+endforeach()
+
+execute_process(COMMAND ${command} OUTPUT_VARIABLE output RESULT_VARIABLE result)
+string(REPLACE "\r" "" output "${output}")
+file(READ "${CMAKE_ARGV3}" expected)
+if(NOT result EQUAL 0)
+    message(FATAL_ERROR "the program ended with ${result}, and printed:\n${output}")
+elseif(NOT output STREQUAL expected)
+    message(FATAL_ERROR "expected, as in ${CMAKE_ARGV3}:\n${expected}\nprinted:\n${output}")
+endif()
