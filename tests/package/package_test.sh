@@ -58,6 +58,9 @@ case $case in
         cpack --config "$build/CPackConfig.cmake" -B "$work"
         cd "$folder"
         cmake -E tar xf "$work"/tarvcore-*-w32.zip
+        if grep -rlF -e "$source" -e "$build" -e "${XDG_CACHE_HOME:-$HOME/.cache}/tarvcore" .; then
+            fail "these files name folders of this machine"
+        fi
         ;;
     cmake)
         cmake -S "$package/share/tarvcore/consumer" -B "$folder/build" -G Ninja --toolchain "$toolchain"
