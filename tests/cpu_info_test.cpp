@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <iterator>
@@ -20,7 +21,7 @@ namespace {
 using namespace tarvcore::hardware;
 
 std::string dump_of(const std::string& name) {
-    std::ifstream file(TEST_DATA_FOLDER "/cpuid/" + name + ".txt");
+    std::ifstream file(std::filesystem::path(TEST_DATA_FOLDER "/cpuid") / (name + ".txt"));
     EXPECT_TRUE(file.is_open()) << name;
     return {std::istreambuf_iterator<char>(file), {}};
 }

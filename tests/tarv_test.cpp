@@ -57,7 +57,7 @@ struct Case {
     unsigned long status = 0;
 };
 
-std::vector<Case> read_cases(const std::string& path) {
+std::vector<Case> read_cases(const std::filesystem::path& path) {
     std::ifstream file(path);
     EXPECT_TRUE(file.is_open()) << path;
     std::vector<Case> cases;
@@ -149,7 +149,7 @@ Outcome run_command(const std::string& command) {
     return tarv(arguments, input);
 }
 
-void run_cases(const std::string& path, unsigned least) {
+void run_cases(const std::filesystem::path& path, unsigned least) {
     const std::vector<Case> cases = read_cases(path);
     EXPECT_GE(cases.size(), least) << path;
     // A process's life is mostly waiting: a few at a time.
@@ -159,7 +159,7 @@ void run_cases(const std::string& path, unsigned least) {
         for (; started < cases.size() && running.size() < 4; ++started) {
             running.push_back(std::async(std::launch::async, run_command, cases[started].command));
         }
-        SCOPED_TRACE(path + ':' + std::to_string(c.line) + ": " + c.command);
+        SCOPED_TRACE(path.string() + ':' + std::to_string(c.line) + ": " + c.command);
         const Outcome outcome = running.front().get();
         running.pop_front();
         EXPECT_TRUE(agree(c.output, outcome.output)) << c.output << "but it was:\n"
