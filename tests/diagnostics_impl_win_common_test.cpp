@@ -283,6 +283,33 @@ TEST_F(FailedAssertion, DoesNotRaiseWhatAHookDoes) {
     EXPECT_NE(testing::internal::GetCapturedStderr().find("Expression: a == b"), std::string::npos);
 }
 
+TEST_F(FailedAssertion, IsToldWhileAnotherThreadHangsInAHook) {
+    missing = "MessageBoxW";
+    static HANDLE end_of_hook;
+    static std::atomic<bool> hangs;
+    static std::atomic<int> told;
+    end_of_hook = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    hangs = false;
+    told = 0;
+    set_diagnostic_trace_handlers(
+        nullptr,
+        [](const SourceLocation& where, const SourceString&, const char*, unsigned) {
+            hangs = hangs || where.line() == 10;
+            if (where.line() == 10) WaitForSingleObject(end_of_hook, INFINITE);
+            return ++told, true;
+        },
+        nullptr);
+    std::thread other([] { EXPECT_TRUE(report(10)); });
+    while (!hangs)
+        Sleep(1);
+    EXPECT_TRUE(report(11));
+    EXPECT_EQ(told, 1);
+    SetEvent(end_of_hook);
+    other.join();
+    EXPECT_EQ(told, 2);
+    CloseHandle(end_of_hook);
+}
+
 int WINAPI show_without_memory(HWND, const wchar_t* text, const wchar_t*, UINT) {
     boxes += std::wcsstr(text, L"\nLine: 9\n") != nullptr &&
              std::wcsstr(text, L"\nExpression: a == b") != nullptr;

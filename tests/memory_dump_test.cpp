@@ -140,6 +140,49 @@ TEST_F(MemoryDumpFailures, LeaveNothing) {
     expect_failure("no folder");
 }
 
+// As another process would write a dump of its own to the same path.
+HANDLE open_again(const std::wstring& path) {
+    return CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                       CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+std::wstring path_of_dump;
+
+BOOL WINAPI write_while_another_tries(HANDLE, DWORD, HANDLE file, MINIDUMP_TYPE,
+                                      PMINIDUMP_EXCEPTION_INFORMATION,
+                                      PMINIDUMP_USER_STREAM_INFORMATION,
+                                      PMINIDUMP_CALLBACK_INFORMATION) {
+    DWORD written = 0;
+    WriteFile(file, "whole", 5, &written, nullptr);
+    EXPECT_EQ(open_again(path_of_dump), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
+    return TRUE;
+}
+
+TEST_F(MemoryDumpFailures, AreThoseOfTheSecondWriterOfAPath) {
+    paths_->local_time = [](SYSTEMTIME& time) { time = {2014, 7, 3, 16, 13, 23, 5, 0}; };
+    impl::DumpPath expected;
+    ASSERT_TRUE(expected.build(nullptr, GetCurrentThreadId()));
+    path_of_dump = expected.c_str();
+    help.write_dump = write_while_another_tries;
+    const auto dump = [](char* path) {
+        return create_diagnostic_memory_dump(diagnosticMemoryDumpFull, nullptr, path, 600);
+    };
+    char path[600] = "";
+    EXPECT_TRUE(dump(path));
+    HANDLE other = open_again(path_of_dump);  // the first is done
+    char untouched[600] = "untouched";
+    EXPECT_FALSE(dump(untouched));
+    EXPECT_STREQ(untouched, "untouched");
+    DWORD written = 0;
+    EXPECT_TRUE(WriteFile(other, "other", 5, &written, nullptr) != 0);
+    CloseHandle(other);
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "other");
+    file.close();
+    EXPECT_TRUE(DeleteFileA(path) != 0);
+}
+
 TEST(DebugHelpLock, IsForOneAndNotRecursive) {
     const impl::DebugHelpLock lock;
     EXPECT_TRUE(lock.is_held());

@@ -22,8 +22,9 @@ bool write_memory_dump(EDiagnosticMemoryDumpType type, unsigned long thread,
     const DebugHelp& help = debug_help();
     const DebugHelpLock lock;
     if (help.write_dump == nullptr || !lock.is_held()) return false;
-    HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    // For nobody else: of two that write to one path, as two machines may, one fails.
+    HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
+                              CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
 
     MINIDUMP_EXCEPTION_INFORMATION cause = {thread, &exception, FALSE};
@@ -32,8 +33,12 @@ bool write_memory_dump(EDiagnosticMemoryDumpType type, unsigned long thread,
         written = help.write_dump(GetCurrentProcess(), GetCurrentProcessId(), file, contents(type),
                                   &cause, nullptr, nullptr) != 0;
     });
+    if (!written) {
+        // By the handle: the path may be another's as soon as this one is closed.
+        FILE_DISPOSITION_INFO gone = {TRUE};
+        SetFileInformationByHandle(file, FileDispositionInfo, &gone, sizeof gone);
+    }
     CloseHandle(file);
-    if (!written) DeleteFileW(path.c_str());
     return written;
 }
 
