@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""manual_filter.py FILE: prints a header or a page as Doxygen is to read it, for make manual.
+"""manual_filter.py FILE...: makes of headers and pages what Doxygen is to read, in their places.
 
 The headers' comments have no marks.  What docs/contributing.md says of them is marked here:
 
@@ -13,7 +13,8 @@ The headers' comments have no marks.  What docs/contributing.md says of them is 
 What is left has no comment, and Doxygen says so.  Internal namespaces are left out, but for classes
 whose members users call.
 
-In a page, links to files that the manual does not have become those files' names.
+In a page, links to other pages become Doxygen's, and those to files that the manual does not have
+plain text.
 """
 import pathlib
 import re
@@ -100,13 +101,13 @@ def declared_name(text):
 
 
 class Filter:
-    def __init__(self, path):
+    def __init__(self, path, meanings):
         self.path = path
         self.lines = path.read_text().splitlines()
         self.out = list(self.lines)  # at each line's place what is printed for it, or None
         self.at = 0
         self.access = "public"
-        self.meanings = common_names()
+        self.meanings = meanings
         self.primaries = {}  # comments of class templates whose specialisation has the members
         self.functions = set()
         self.has_internal = False
@@ -274,18 +275,23 @@ class Filter:
             self.replace(begin - len(comment or ""), "")
 
 
-def page(text):
+def page(path):
+    """A page, with a label of its own: Doxygen's are made of paths, and not of all paths."""
+    label = "mainpage" if path.stem == "index" else f"page_{path.stem}"
+    text = re.sub(r"^# .*", rf"\g<0> {{#{label}}}", path.read_text(), 1)
+    text = re.sub(r"\]\((\w+)\.md(#[\w-]*)?\)", r"](@ref page_\1)", text)
     return re.sub(r"(?<!!)\[([^\]]*)\]\(\.\./[^)]*\)", r"\1", text)
 
 
 def main():
-    path = pathlib.Path(sys.argv[1]).resolve()
-    if path.suffix == ".md":
-        print(page(path.read_text()), end="")
-        return
     rank, names = check_layers.read_layers()
-    topic = str(path.relative_to(check_layers.LIBRARY).with_suffix(""))
-    print(Filter(path).run(names[rank[topic]]), end="")
+    meanings = common_names()
+    for path in (pathlib.Path(name).resolve() for name in sys.argv[1:]):
+        if path.suffix == ".md":
+            path.write_text(page(path))
+        else:
+            topic = str(path.relative_to(check_layers.LIBRARY).with_suffix(""))
+            path.write_text(Filter(path, meanings).run(names[rank[topic]]))
 
 
 if __name__ == "__main__":
