@@ -44,6 +44,11 @@ manual:  ## The reference manual, from the headers and docs: build/manual/html/i
 	@scripts/install-packages.sh manual
 	@scripts/manual.sh
 
+man:  ## Rewrite the tool's man page, docs/tarv.1, from what the tool says
+	@scripts/setup.sh wine
+	@scripts/build.sh release tarv
+	@scripts/man_page.py docs/tarv.1 ./tarv
+
 check:  ## Format, layers, headers, exported symbols, lints, the manual and the documents' links
 	@scripts/setup.sh check manual
 	@scripts/check.sh
@@ -70,5 +75,5 @@ check-package:  ## Whether a build in another folder gives the same package, to 
 clean:  ## Remove what was built here (the cache with ACE stays)
 	@rm -rf build
 
-.PHONY: help run test test-long test-display test-checked fuzz coverage manual check exports bench \
-	package check-package clean
+.PHONY: help run test test-long test-display test-checked fuzz coverage manual man check exports \
+	bench package check-package clean

@@ -13,6 +13,7 @@ set(generated ${PROJECT_BINARY_DIR}/package)
 # Programs, libraries, and what debuggers read.
 install(TARGETS tarvcore tarvmoduleregistry tarvcore_main EXPORT tarvcoreTargets)
 install(TARGETS tarv)
+install(FILES ${PROJECT_SOURCE_DIR}/docs/tarv.1 DESTINATION share/man/man1)
 foreach(target tarvcore tarvmoduleregistry tarv)
     install(FILES $<TARGET_FILE_DIR:${target}>/$<TARGET_FILE_BASE_NAME:${target}>.debug
                   $<TARGET_FILE_DIR:${target}>/$<TARGET_FILE_BASE_NAME:${target}>.pdb

@@ -4,15 +4,17 @@
 // hold.
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cwchar>
 #include <deque>
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <istream>
 #include <iterator>
 #include <random>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -32,6 +34,21 @@ Outcome tarv(const std::vector<std::wstring>& arguments, const std::string& inpu
     return run_program(L"tarv.exe", arguments, {input});
 }
 
+// A folder of its own for dumps, as long as it lives.
+class TraceFolder {
+public:
+    TraceFolder() { SetEnvironmentVariableW(L"ZOLT_TRACE_ROOT", path_.c_str()); }
+    ~TraceFolder() {
+        SetEnvironmentVariableW(L"ZOLT_TRACE_ROOT", nullptr);
+        std::filesystem::remove_all(path_);
+    }
+    TraceFolder(const TraceFolder&) = delete;
+    TraceFolder& operator=(const TraceFolder&) = delete;
+
+private:
+    const std::filesystem::path path_ = std::filesystem::temp_directory_path() / L"tarvcore_demo";
+};
+
 std::wstring wide(const std::string& utf8) {
     std::wstring text;
     for (unsigned i = 0; i < utf8.size();) {
@@ -48,7 +65,8 @@ std::wstring wide(const std::string& utf8) {
 
 // What a terminal showed: a command after "$ ", what it wrote to standard output and, after "2> ",
 // to standard error, and its exit status in brackets unless that is 0.  "…" stands for any text
-// within a line.  Headings begin with "# ", and with the empty line above them.
+// within a line, and on a line of its own for any number of lines.  Headings begin with "# ", and
+// with the empty line above them.
 struct Case {
     unsigned line;
     std::string command;
@@ -57,9 +75,7 @@ struct Case {
     unsigned long status = 0;
 };
 
-std::vector<Case> read_cases(const std::filesystem::path& path) {
-    std::ifstream file(path);
-    EXPECT_TRUE(file.is_open()) << path;
+std::vector<Case> read_cases(std::istream& file) {
     std::vector<Case> cases;
     bool in_case = false;
     unsigned number = 0;
@@ -127,9 +143,11 @@ bool agree(std::string_view pattern, std::string_view text) {
     const auto gap = pattern.find(any);
     if (gap == pattern.npos) return pattern == text;
     if (text.substr(0, gap) != pattern.substr(0, gap)) return false;
-    const auto line_end = text.find('\n', gap);
-    for (auto i = gap; i <= std::min(line_end, text.size()); ++i) {
-        if (agree(pattern.substr(gap + any.size()), text.substr(i))) return true;
+    std::string_view rest = pattern.substr(gap + any.size());
+    const bool lines = (gap == 0 || text[gap - 1] == '\n') && rest.starts_with('\n');
+    const auto end = lines ? text.npos : text.find('\n', gap);
+    for (auto i = gap; i <= std::min(end, text.size()); ++i) {
+        if (agree(rest, text.substr(i))) return true;
     }
     return false;
 }
@@ -149,9 +167,9 @@ Outcome run_command(const std::string& command) {
     return tarv(arguments, input);
 }
 
-void run_cases(const std::filesystem::path& path, unsigned least) {
-    const std::vector<Case> cases = read_cases(path);
-    EXPECT_GE(cases.size(), least) << path;
+void run_cases(std::istream& file, const std::string& name, unsigned least) {
+    const std::vector<Case> cases = read_cases(file);
+    EXPECT_GE(cases.size(), least) << name;
     // A process's life is mostly waiting: a few at a time.
     std::deque<std::future<Outcome>> running;
     unsigned started = 0;
@@ -159,7 +177,7 @@ void run_cases(const std::filesystem::path& path, unsigned least) {
         for (; started < cases.size() && running.size() < 4; ++started) {
             running.push_back(std::async(std::launch::async, run_command, cases[started].command));
         }
-        SCOPED_TRACE(path.string() + ':' + std::to_string(c.line) + ": " + c.command);
+        SCOPED_TRACE(name + ':' + std::to_string(c.line) + ": " + c.command);
         const Outcome outcome = running.front().get();
         running.pop_front();
         EXPECT_TRUE(agree(c.output, outcome.output)) << c.output << "but it was:\n"
@@ -171,11 +189,31 @@ void run_cases(const std::filesystem::path& path, unsigned least) {
 }
 
 TEST(Tarv, AnswersAsTheCasesSay) {
-    run_cases(TEST_DATA_FOLDER "/tarv_cases.txt", 40);
+    std::ifstream file(std::filesystem::path(TEST_DATA_FOLDER "/tarv_cases.txt"));
+    run_cases(file, "tarv_cases.txt", 40);
 }
 
 TEST(Tarv, DoesWhatItsManualShows) {
-    run_cases(TEST_DATA_FOLDER "/../../docs/tool.md", 10);
+    std::ifstream file(std::filesystem::path(TEST_DATA_FOLDER "/../../docs/tool.md"));
+    run_cases(file, "docs/tool.md", 10);
+}
+
+// Every verb has some.
+TEST(Tarv, DoesWhatItsHelpShows) {
+    const TraceFolder folder;
+    std::istringstream objects(tarv({L"help", L"--json"}).output);
+    std::string examples;
+    unsigned verbs = 0;
+    for (std::string line; std::getline(objects, line); ++verbs) {
+        const auto verb = nlohmann::json::parse(line);
+        EXPECT_TRUE(verb["examples"].get<std::string>().starts_with("$ tarv ") ||
+                    verb["examples"].get<std::string>().starts_with("$ printf "))
+            << verb;
+        examples += verb["examples"];
+    }
+    std::istringstream session(examples);
+    run_cases(session, "examples of the help", verbs);
+    EXPECT_GE(verbs, 30u);
 }
 
 std::string bytes_of(const std::wstring& text) {
@@ -283,14 +321,9 @@ TEST(Tarv, TellsTheTime) {
     EXPECT_LE(time, AbsoluteTime::now());
 }
 
-// Below a folder of its own, which is empty again in the end.
 TEST(Tarv, ShowsACrashAndItsDump) {
-    wchar_t folder[MAX_PATH];
-    GetTempPathW(MAX_PATH, folder);
-    std::wcscat(folder, L"tarvcore_demo");
-    SetEnvironmentVariableW(L"ZOLT_TRACE_ROOT", folder);
+    const TraceFolder folder;
     const Outcome outcome = tarv({L"demo", L"crash"});
-    SetEnvironmentVariableW(L"ZOLT_TRACE_ROOT", nullptr);
     EXPECT_EQ(outcome.status, 3u);
     EXPECT_TRUE(outcome.output.starts_with("Writing to address 0x10.")) << outcome.output;
     const std::string& report = outcome.errors;
@@ -306,10 +339,6 @@ TEST(Tarv, ShowsACrashAndItsDump) {
         report.substr(begin + announcement.size(), end - begin - announcement.size()));
     std::ifstream file(path, std::ios::binary);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}).substr(0, 4), "MDMP") << path;
-    file.close();
-    EXPECT_TRUE(std::filesystem::remove(path));
-    EXPECT_TRUE(std::filesystem::remove(path.parent_path()));
-    EXPECT_TRUE(std::filesystem::remove(folder));
 }
 
 TEST(Tarv, ReportsAnOutputThatNobodyReads) {

@@ -95,11 +95,9 @@ public:
         : Verb({"", "", "What the processor says about itself",
                 "What the CPUID instruction answers on the processor that runs the tool, and what\n"
                 "that means; or what it has answered elsewhere: a file of lines\n"
-                "CPUID LEAF: EAX-EBX-ECX-EDX [SL SUBLEAF], in hexadecimal.\n"
-                "\n"
-                "  tarv cpu\n"
-                "  tarv cpu --raw\n"
-                "  tarv cpu --from processor.txt --json"}) {}
+                "CPUID LEAF: EAX-EBX-ECX-EDX [SL SUBLEAF], in hexadecimal.\n",
+                "$ tarv cpu --json\n"
+                "\u2026\n"}) {}
 
     void add_options(CLI::App& app) override {
         app.add_flag("--raw", raw_, "The values as they are");

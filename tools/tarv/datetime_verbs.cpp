@@ -28,9 +28,10 @@ public:
                "TEXT is a date and a time of day in UTC, as ISO 8601 writes them, and the offset\n"
                "of local time from it: Z, +hh, +hhmm, +hh:mm, or nothing. Answers NANOSECONDS\n"
                "OFFSET_MINUTES TEXT: nanoseconds since 1970-01-01 00:00:00 UTC, or infinite. The\n"
-               "offset is brought within 12 hours by moving whole days onto the time.\n"
-               "\n"
-               "  tarv datetime parse 2014-07-16T13:23:00+02:00 \"2014-07-16 13:23-0930\""}) {}
+               "offset is brought within 12 hours by moving whole days onto the time.\n",
+               "$ tarv datetime parse 2014-07-16T13:23:00+02:00 \"2014-07-16 13:23-0930\"\n"
+               "1405516980000000000 120 2014-07-16 13:23:00.0+02:00\n"
+               "1405516980000000000 -570 2014-07-16 13:23:00.0-09:30\n"}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
@@ -53,9 +54,9 @@ public:
               {"format", "NANOSECONDS OFFSET_MINUTES", "A time and a zone offset to text",
                "The count is from 1970-01-01 00:00:00 UTC on, or infinite; the offset is how far\n"
                "local time is ahead. The answer's digits are UTC. On a line of standard input one\n"
-               "blank stands between the fields.\n"
-               "\n"
-               "  tarv datetime format 1405516980000000000 120"},
+               "blank stands between the fields.\n",
+               "$ tarv datetime format 1405516980000000000 120\n"
+               "2014-07-16 13:23:00.0+02:00\n"},
               {field_count, field_count, ' '}) {}
 
 protected:

@@ -23,9 +23,10 @@ public:
     AssertVerb()
         : Verb({"assert", "", "A failed assertion, as an exception or as a message box",
                 "The exception is what ZOLT_ASSERT_THROW_ALWAYS asks for, where nobody sits to\n"
-                "answer. The box needs a display, and waits for an answer.\n"
-                "\n"
-                "  tarv demo assert"}) {}
+                "answer. The box needs a display, and waits for an answer.\n",
+                "$ tarv demo assert\n"
+                "The program catches:\n"
+                "\u2026\n"}) {}
 
     bool has_json() const override { return false; }
 
@@ -54,9 +55,12 @@ public:
     CrashVerb()
         : Verb({"crash", "", "A crash, its report and its memory dump",
                 "The dump goes below the folder ZOLT_TRACE_ROOT, or to the one for temporary\n"
-                "files. The exit status is 3, that of aborted programs.\n"
-                "\n"
-                "  tarv demo crash"}) {}
+                "files. The exit status is 3, that of aborted programs.\n",
+                "$ tarv demo crash\n"
+                "Writing to address 0x10.  The report follows on standard error, and takes a few\n"
+                "\u2026\n"
+                "2> \u2026\n"
+                "[3]\n"}) {}
 
     bool has_json() const override { return false; }
 

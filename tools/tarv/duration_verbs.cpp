@@ -21,9 +21,12 @@ public:
         : LineVerb(
               {"parse", "TEXT...", "Duration text to nanoseconds",
                "TEXT is a sum of numbers with a unit each: d, h, m, s, ms, us or ns. A \"-\" at\n"
-               "its start makes the whole negative.\n"
-               "\n"
-               "  tarv duration parse \"1d 2h 3m 4.5s\" 250ms 1h30m -1.5h"}) {}
+               "its start makes the whole negative.\n",
+               "$ tarv duration parse \"1d 2h 3m 4.5s\" 250ms 1h30m -1.5h\n"
+               "93784500000000\n"
+               "250000000\n"
+               "5400000000000\n"
+               "-5400000000000\n"}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
@@ -41,9 +44,11 @@ public:
     FormatVerb()
         : LineVerb(
               {"format", "NANOSECONDS...", "Nanoseconds to duration text",
-               "Counts may be negative, or infinite. Answers the units that the count asks for.\n"
-               "\n"
-               "  tarv duration format 1500000 93784500000000 infinite"}) {}
+               "Counts may be negative, or infinite. Answers the units that the count asks for.\n",
+               "$ tarv duration format 1500000 93784500000000 infinite\n"
+               "1.5ms\n"
+               "1d 2h 3m 4.5s\n"
+               "##INFINITE##\n"}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {

@@ -40,15 +40,12 @@ private:
 template <class Transform>
 class EncodeVerb : public TransformVerb {
 public:
-    explicit EncodeVerb(const char* name, const char* summary)
+    EncodeVerb(const char* name, const char* summary, const char* examples)
         : TransformVerb(
               {name, "BYTES...", summary,
                "BYTES are those of the argument or line, or with --hex its digits' values.\n"
-               "The text of a file has no line ends, not even at its end.\n"
-               "\n"
-               "  tarv encode base64 foobar\n"
-               "  tarv encode base64 --hex 00ff\n"
-               "  tarv encode base64 --file picture.png"}) {}
+               "The text of a file has no line ends, not even at its end.\n",
+               examples}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
@@ -74,16 +71,13 @@ protected:
 template <class Transform>
 class DecodeVerb : public TransformVerb {
 public:
-    explicit DecodeVerb(const char* name, const char* summary)
+    DecodeVerb(const char* name, const char* summary, const char* examples)
         : TransformVerb(
               {name, "TEXT...", summary,
                "Nothing in TEXT is passed over, white space and line ends neither. Padding is\n"
                "complete or, with --no-pad, may be missing. Answers the bytes as they are, or\n"
-               "with --hex as digits; a file's bytes with nothing behind them.\n"
-               "\n"
-               "  tarv decode base64 Zm9vYmFy\n"
-               "  tarv decode base64 --hex AP8=\n"
-               "  tarv decode base64 --file picture.txt"}) {}
+               "with --hex as digits; a file's bytes with nothing behind them.\n",
+               examples}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
@@ -109,21 +103,47 @@ protected:
 
 Verbs encode_verbs() {
     Verbs verbs;
+    verbs.push_back(std::make_unique<EncodeVerb<tarvcore::Base64Transform>>(
+        "base64", "Bytes to Base64",
+        "$ tarv encode base64 foobar\n"
+        "Zm9vYmFy\n"
+        "$ tarv encode base64 --hex 00ff\n"
+        "AP8=\n"
+        "$ printf 'foobar\\n' | tarv encode base64 -\n"
+        "Zm9vYmFy\n"));
     verbs.push_back(
-        std::make_unique<EncodeVerb<tarvcore::Base64Transform>>("base64", "Bytes to Base64"));
-    verbs.push_back(
-        std::make_unique<EncodeVerb<tarvcore::Base32Transform>>("base32", "Bytes to Base32"));
-    verbs.push_back(std::make_unique<EncodeVerb<HexTransform>>("hex", "Bytes to two digits each"));
+        std::make_unique<EncodeVerb<tarvcore::Base32Transform>>("base32", "Bytes to Base32",
+                                                                "$ tarv encode base32 foobar\n"
+                                                                "MZXW6YTBOI======\n"
+                                                                "$ tarv encode base32 --hex 00ff\n"
+                                                                "AD7Q====\n"));
+    verbs.push_back(std::make_unique<EncodeVerb<HexTransform>>("hex", "Bytes to two digits each",
+                                                               "$ tarv encode hex foobar\n"
+                                                               "666f6f626172\n"
+                                                               "$ tarv encode hex --hex 00ff\n"
+                                                               "00ff\n"));
     return verbs;
 }
 
 Verbs decode_verbs() {
     Verbs verbs;
     verbs.push_back(
-        std::make_unique<DecodeVerb<tarvcore::Base64Transform>>("base64", "Base64 to bytes"));
-    verbs.push_back(
-        std::make_unique<DecodeVerb<tarvcore::Base32Transform>>("base32", "Base32 to bytes"));
-    verbs.push_back(std::make_unique<DecodeVerb<HexTransform>>("hex", "Two digits each to bytes"));
+        std::make_unique<DecodeVerb<tarvcore::Base64Transform>>("base64", "Base64 to bytes",
+                                                                "$ tarv decode base64 Zm9vYmFy\n"
+                                                                "foobar\n"
+                                                                "$ tarv decode base64 --hex AP8=\n"
+                                                                "00ff\n"));
+    verbs.push_back(std::make_unique<DecodeVerb<tarvcore::Base32Transform>>(
+        "base32", "Base32 to bytes",
+        "$ tarv decode base32 MZXW6YTBOI======\n"
+        "foobar\n"
+        "$ tarv decode base32 --hex AD7Q====\n"
+        "00ff\n"));
+    verbs.push_back(std::make_unique<DecodeVerb<HexTransform>>("hex", "Two digits each to bytes",
+                                                               "$ tarv decode hex 666f6f626172\n"
+                                                               "foobar\n"
+                                                               "$ tarv decode hex --hex 00ff\n"
+                                                               "00ff\n"));
     return verbs;
 }
 

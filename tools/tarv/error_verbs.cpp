@@ -41,9 +41,9 @@ public:
         : LineVerb(
               {"errno", "NUMBER...", "What an errno value means",
                "Answers the whole record for an argument, CODE MESSAGE for a line of standard\n"
-               "input.\n"
-               "\n"
-               "  tarv error errno 2"}) {}
+               "input.\n",
+               "$ printf '2\\n' | tarv error errno -\n"
+               "error.errno.ENOENT No such file, directory, or resource\n"}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
@@ -72,9 +72,10 @@ public:
         : LineVerb(
               {"win", "NUMBER...", "What a Windows error number means",
                "Answers ERRNO CODE MESSAGE: the errno value that corresponds to the number, 0 if\n"
-               "none does, and code and message of the number itself.\n"
-               "\n"
-               "  tarv error win 5 32"}) {}
+               "none does, and code and message of the number itself.\n",
+               "$ tarv error win 5 32\n"
+               "13 error.os.windows.5 Access denied.\n"
+               "1 error.os.windows.32 Sharing violation.\n"}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
@@ -95,9 +96,9 @@ public:
               {"match", "CODE PATTERN", "Whether an error code belongs to a family",
                "Answers yes or no. A code belongs to the family of every prefix of it that ends\n"
                "at a dot; the empty pattern and \".\" are the family of all codes. On a line of\n"
-               "standard input one blank stands between the two.\n"
-               "\n"
-               "  tarv error match error.tarvcore.uuid.parse error.tarvcore"},
+               "standard input one blank stands between the two.\n",
+               "$ tarv error match error.tarvcore.uuid.parse error.tarvcore\n"
+               "yes\n"},
               {2, 2, ' '}) {}
 
 protected:
@@ -116,9 +117,9 @@ public:
               {"expand", "TEMPLATE NAME=VALUE...", "Put values into a message template",
                "Answers the template with every {@NAME} replaced by its value; names without a\n"
                "value stay. On a line of standard input one TAB stands between template and\n"
-               "values, so that all of them may contain blanks.\n"
-               "\n"
-               "  tarv error expand \"Bad {@type} '{@value}'\" type=int value=-1"},
+               "values, so that all of them may contain blanks.\n",
+               "$ tarv error expand \"Bad {@type} '{@value}'\" type=int value=-1\n"
+               "Bad int '-1'\n"},
               {1, Layout::any_number, '\t'}) {}
 
     void add_options(CLI::App& app) override {

@@ -1,5 +1,7 @@
 #include "tools/tarv/families.h"
 
+#include <algorithm>
+
 #include "tarvcore/config.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tools/tarv/families.cpp#1 $");
@@ -8,6 +10,7 @@ namespace tarv {
 
 std::span<const Family> families() {
     static constexpr Family table[] = {
+        {"help", "What a verb takes and answers, with examples", help_verbs},
         {"tour", "The library at work, told step by step", tour_verbs},
         {"demo", "Reports of failures made on purpose", demo_verbs},
         {"time", "Points in time: text, nanoseconds since 1970, calendar", time_verbs},
@@ -24,6 +27,19 @@ std::span<const Family> families() {
         {"random", "Random numbers", random_verbs},
     };
     return table;
+}
+
+const Family* find_family(std::string_view name) {
+    const auto table = families();
+    const auto found =
+        std::ranges::find_if(table, [&](const Family& family) { return name == family.name; });
+    return found == table.end() ? nullptr : &*found;
+}
+
+Verb* find_verb(const Verbs& verbs, std::string_view name) {
+    const auto found = std::ranges::find_if(
+        verbs, [&](const auto& verb) { return name == verb->description().name; });
+    return found == verbs.end() ? nullptr : found->get();
 }
 
 }  // namespace tarv

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string_view>
 
 #include "tools/tarv/verb.h"
 
@@ -16,7 +17,12 @@ struct Family {
 
 std::span<const Family> families();
 
+// Null where there is none of that name; a family that is a verb itself has one without a name.
+const Family* find_family(std::string_view name);
+Verb* find_verb(const Verbs& verbs, std::string_view name);
+
 // One for each family; those of a file NAME_verbs.cpp belong together.
+Verbs help_verbs();
 Verbs tour_verbs();
 Verbs demo_verbs();
 Verbs time_verbs();

@@ -31,11 +31,13 @@ class HashVerb : public FileVerb {
 public:
     HashVerb()
         : FileVerb({"", "BYTES...", "Hashes of bytes: MurmurHash3 of 32 bits",
-                    "Answers 8 digits. Without --seed they differ from run to run.\n"
-                    "\n"
-                    "  tarv hash --seed 0 foobar\n"
-                    "  tarv hash --seed 0 --hex 00ff\n"
-                    "  tarv hash --seed 0 --file picture.png"}) {}
+                    "Answers 8 digits. Without --seed they differ from run to run.\n",
+                    "$ tarv hash --seed 0 foobar\n"
+                    "a4c4d4bd\n"
+                    "$ tarv hash --seed 0 --hex 00ff\n"
+                    "dd4ece94\n"
+                    "$ printf 'foobar' | tarv hash --seed 0 --file -\n"
+                    "a4c4d4bd\n"}) {}
 
     void add_options(CLI::App& app) override {
         FileVerb::add_options(app);

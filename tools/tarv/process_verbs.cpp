@@ -23,9 +23,9 @@ class EnvVerb : public LineVerb {
 public:
     EnvVerb()
         : LineVerb({"", "NAME...", "The values of environment variables",
-                    "A variable may be there and empty; one that is not there is an error.\n"
-                    "\n"
-                    "  tarv env PATH"}) {}
+                    "A variable may be there and empty; one that is not there is an error.\n",
+                    "$ tarv env WINDIR\n"
+                    "C:\\windows\n"}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
@@ -48,9 +48,10 @@ class RandomVerb : public Verb {
 public:
     RandomVerb()
         : Verb({"", "", "Random numbers",
-                "Each is from 0 to 4294967295, all equally likely. Not for secrets.\n"
-                "\n"
-                "  tarv random -n 3"}) {}
+                "Each is from 0 to 4294967295, all equally likely. Not for secrets.\n",
+                "$ tarv random -n 2\n"
+                "\u2026\n"
+                "\u2026\n"}) {}
 
     void add_options(CLI::App& app) override {
         app.add_option("-n", count_, "How many (1)")->type_name("N");

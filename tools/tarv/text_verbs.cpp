@@ -27,10 +27,12 @@ public:
         : FileVerb(
               {"check", "TEXT...", "Whether bytes are valid UTF-8",
                "Answers \"valid\", or the error of the first bad sequence. Sequences have up to\n"
-               "six bytes; surrogates, U+FEFF, U+FFFE and U+FFFF are refused.\n"
-               "\n"
-               "  tarv text check --hex c3a9 c0af\n"
-               "  tarv text check --file notes.txt"}) {}
+               "six bytes; surrogates, U+FEFF, U+FFFE and U+FFFF are refused.\n",
+               "$ tarv text check --hex c3a9\n"
+               "valid\n"
+               "$ printf 'caf\\xc3\\xa9\\nfine\\n' | tarv text check -\n"
+               "valid\n"
+               "valid\n"}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
@@ -66,10 +68,12 @@ public:
               {"convert", "TEXT...", "Text from one encoding to another",
                "Answers bytes as they are, or with --hex as digits; a file's with nothing behind\n"
                "them. A character that is not valid, or that --to does not have, is an error, or\n"
-               "becomes the one of --replace, which takes one unit of --to: in utf8 it is ASCII.\n"
-               "\n"
-               "  tarv text convert --from utf8 --to utf16le --hex c3a9\n"
-               "  tarv text convert --from utf16le --to utf8 --replace ? --file notes.txt"}) {}
+               "becomes the one of --replace, which takes one unit of --to: in utf8 it is ASCII.\n",
+               "$ tarv text convert --from utf8 --to utf16le --hex c3a9\n"
+               "e900\n"
+               "$ printf '\\xffcaf\\n' | tarv text convert --from utf8 --to utf8 --replace ? "
+               "--file -\n"
+               "?caf\n"}) {}
 
     void add_options(CLI::App& app) override {
         FileVerb::add_options(app);

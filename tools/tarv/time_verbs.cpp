@@ -27,9 +27,11 @@ public:
         : LineVerb(
               {"parse", "TEXT...", "Time text to nanoseconds",
                "TEXT is a date and a time of day in UTC, as ISO 8601 writes them, or INF. Answers\n"
-               "nanoseconds since 1970-01-01 00:00:00 UTC, or infinite.\n"
-               "\n"
-               "  tarv time parse 2014-07-16T13:23:00Z \"2014-07-16 13:23:00.5\" 20140716T1323"}) {}
+               "nanoseconds since 1970-01-01 00:00:00 UTC, or infinite.\n",
+               "$ tarv time parse 2014-07-16T13:23:00Z \"2014-07-16 13:23:00.5\" 20140716T1323\n"
+               "1405516980000000000\n"
+               "1405516980500000000\n"
+               "1405516980000000000\n"}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
@@ -48,9 +50,9 @@ public:
     FormatVerb()
         : LineVerb({"format", "NANOSECONDS...", "Nanoseconds to time text",
                     "Counts are from 1970-01-01 00:00:00 UTC on and may be negative, or infinite.\n"
-                    "Answers ISO 8601 text.\n"
-                    "\n"
-                    "  tarv time format 1405516980000000000"}) {}
+                    "Answers ISO 8601 text.\n",
+                    "$ tarv time format 1405516980000000000\n"
+                    "2014-07-16T13:23:00.0Z\n"}) {}
 
     void add_options(CLI::App& app) override {
         app.add_flag("--plain", plain_, "With a blank in the middle and no Z at the end");
@@ -75,9 +77,9 @@ public:
               {"parts", "NANOSECONDS...", "Nanoseconds to calendar fields",
                "Answers YEAR MONTH DAY HOUR MINUTE SECOND NANOSECOND WEEKDAY JDN: weekdays count\n"
                "from 0 for Monday, JDN is the Julian day number. An infinite time is the last\n"
-               "nanosecond of the year 9999.\n"
-               "\n"
-               "  tarv time parts 1405516980000000000"}) {}
+               "nanosecond of the year 9999.\n",
+               "$ tarv time parts 1405516980000000000\n"
+               "2014 7 16 13 23 0 0 2 2456855\n"}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
@@ -105,9 +107,9 @@ public:
                "Calendar fields to nanoseconds",
                "Answers nanoseconds since 1970-01-01 00:00:00 UTC, or infinite. Fields beyond\n"
                "their bounds count on into larger ones: day 30 of February is a day in March. On\n"
-               "a line of standard input one blank stands between fields.\n"
-               "\n"
-               "  tarv time compose 2014 7 16 13 23 0 0"},
+               "a line of standard input one blank stands between fields.\n",
+               "$ tarv time compose 2014 7 16 13 23 0 0\n"
+               "1405516980000000000\n"},
               {field_count, field_count, ' '}) {}
 
 protected:
@@ -134,7 +136,10 @@ private:
 
 class NowVerb : public Verb {
 public:
-    NowVerb() : Verb({"now", "", "The time now, as ISO 8601 text", ""}) {}
+    NowVerb()
+        : Verb({"now", "", "The time now, as ISO 8601 text", "",
+                "$ tarv time now\n"
+                "\u2026\n"}) {}
 
     bool run(const Request& request, Output& output, Output&) override {
         Result result(output, request.json ? Result::Form::json : Result::Form::block);

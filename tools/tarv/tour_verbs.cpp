@@ -120,7 +120,11 @@ void module_road(Story& story) {
 
 class TourVerb : public Verb {
 public:
-    TourVerb() : Verb({"", "", "The library at work, told step by step", ""}) {}
+    TourVerb()
+        : Verb({"", "", "The library at work, told step by step", "",
+                "$ tarv tour\n"
+                "This is tarvcore at work: every value below has just been computed by it.\n"
+                "\u2026\n"}) {}
 
     bool has_json() const override { return false; }
     bool run(const Request&, Output& output, Output&) override {

@@ -22,10 +22,12 @@ class NewVerb : public Verb {
 public:
     NewVerb()
         : Verb({"new", "", "New identifiers",
-                "Random ones (version 4), or sequential ones (version 13), which sort by time.\n"
-                "\n"
-                "  tarv uuid new\n"
-                "  tarv uuid new --sequential -n 3"}) {}
+                "Random ones (version 4), or sequential ones (version 13), which sort by time.\n",
+                "$ tarv uuid new\n"
+                "\u2026\n"
+                "$ tarv uuid new --sequential -n 2\n"
+                "\u2026\n"
+                "\u2026\n"}) {}
 
     void add_options(CLI::App& app) override {
         app.add_flag("--random", random_, "Random ones (unless --sequential)");
@@ -76,9 +78,10 @@ public:
         : LineVerb({"parse", "TEXT...", "Identifier text to its parts",
                     "TEXT has 36 characters, or 32 without hyphens, or 38 with braces.\n"
                     "Answers it with its version, the eight bits below the version, sequence,\n"
-                    "timestamp and node; of version 12 also the legacy number and its flags.\n"
-                    "\n"
-                    "  tarv uuid parse 7c9e6679-7425-40de-944b-e07fc1f90ae7"}) {}
+                    "timestamp and node; of version 12 also the legacy number and its flags.\n",
+                    "$ tarv uuid parse 7c9e6679-7425-40de-944b-e07fc1f90ae7\n"
+                    "7c9e6679-7425-40de-944b-e07fc1f90ae7 version=4 flags=13 sequence=5195 "
+                    "timestamp=62615149183133305 node=e07fc1f90ae7\n"}) {}
 
 protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
@@ -103,10 +106,11 @@ class LegacyVerb : public LineVerb {
 public:
     LegacyVerb()
         : LineVerb({"legacy", "ID...", "Legacy interaction numbers to identifiers",
-                    "ID is from 0 to 4294967295, and stands in the last ten digits.\n"
-                    "\n"
-                    "  tarv uuid legacy 4294967295\n"
-                    "  tarv uuid legacy --unresolved --flags 3 42"}) {}
+                    "ID is from 0 to 4294967295, and stands in the last ten digits.\n",
+                    "$ tarv uuid legacy 4294967295\n"
+                    "\u2026-004294967295\n"
+                    "$ tarv uuid legacy --unresolved --flags 3 42\n"
+                    "00000000-0000-c000-8000-030000000042\n"}) {}
 
     void add_options(CLI::App& app) override {
         app.add_option("--flags", flags_, "From 0 to 255 (0)")

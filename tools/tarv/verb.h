@@ -38,7 +38,10 @@ struct Description {
     const char* name;     // "parse"; empty where the family's name is the verb
     const char* inputs;   // "TEXT..."; empty where there is no input
     const char* summary;  // one line
-    const char* details;  // lines that say what the inputs and the answer are, and give examples
+    const char* details;  // lines that say what the inputs and the answer are
+    // Commands after "$ " and what they answer, for the help and for the tests; "\u2026" is what
+    // differs from run to run: on a line of its own any number of lines.
+    const char* examples;
 };
 
 // One operation of the command line.
