@@ -14,6 +14,6 @@ mkdir -p "$work"
 cd "$work"
 "$folder/../../scripts/wine-run" "$build" "$build/bin/gdb_values.exe" core expected
 LC_ALL=C.UTF-8 gdb -batch -nx -iex "add-auto-load-safe-path $build/bin" "$build/bin/gdb_values.exe" \
-    -ex "core-file core" -ex "add-symbol-file $build/bin/$(basename "$build"/bin/tarvcore-*.dll) -o 0" \
+    -ex "core-file core" -ex "add-symbol-file '$(echo "$build"/bin/tarvcore-*.dll)' -o 0" \
     -ex 'set print max-depth -1' -ex "set \$expected = \"expected\"" -x "$folder/printers_test.py" \
     -ex 'quit 1' # after an exception GDB goes on
