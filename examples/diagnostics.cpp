@@ -14,9 +14,10 @@ TARVCORE_SOURCE_FILE("$Id: //examples/diagnostics.cpp#1 $");
 
 namespace {
 
+// A program with a debugger breaks into it here.
 bool stop() {
     std::abort();
-}  // a program with a debugger breaks into it here
+}
 
 void divide(int by) {
     (void)EXAMPLE_ASSERT(by != 0);

@@ -110,6 +110,7 @@ class Filter:
         self.meanings = meanings
         self.primaries = {}  # comments of class templates whose specialisation has the members
         self.functions = set()
+        self.file_remarks = []
         self.has_internal = False
 
     @property
@@ -124,9 +125,11 @@ class Filter:
         title = self.comment()
         if not title or self.line != "#pragma once":
             sys.exit(f"{self.path}:1: error: no comment before #pragma once")
-        self.replace(0, f"/** @file\n@ingroup api_{layer}\n{marked_up(title)} */")
+        self.replace(0, "")
         self.group = f"/** @addtogroup api_{layer} */ /**@{{*/"
         self.scope("file", "", "")
+        about = "\n\n".join(marked_up(text) for text in [title, *self.file_remarks])
+        self.out[0] = f"/** @file\n@ingroup api_{layer}\n{about} */"
         return "\n".join(line for line in self.out if line is not None) + "\n"
 
     def comment(self):
@@ -152,12 +155,14 @@ class Filter:
                 text = self.comment()
                 if text[0].startswith(("clang-format", "NOLINT")):
                     continue
-                owner = ""
-                if not self.line or self.line == "namespace tarvcore {":
-                    owner = "@file" if kind in ("file", "namespace") else f"@class {name}"
-                self.replace(begin, f"/** {owner}\n{marked_up(text)} */".replace(" \n", " ", 1))
-                if not owner:
+                if self.line and self.line != "namespace tarvcore {":
+                    self.replace(begin, f"/** {marked_up(text)} */")
                     self.declarations(kind, name, indent, text)
+                elif kind in ("file", "namespace"):
+                    self.replace(begin, "")
+                    self.file_remarks.append(text)
+                else:
+                    self.replace(begin, f"/** @class {name}\n@details {marked_up(text)} */")
             else:
                 self.declarations(kind, name, indent, None)
 

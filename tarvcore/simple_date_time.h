@@ -61,6 +61,7 @@ public:
     constexpr const AbsoluteTime& utc() const { return utc_; }
     // Minutes.
     constexpr int timezone_offset() const { return timezone_offset_; }
+    // The same as a duration.
     constexpr RelativeTime timezone_offset_as_relative_time() const {
         return RelativeTime::minutes(timezone_offset_);
     }
