@@ -7,10 +7,10 @@ cd "$root"
 # Doxygen reads a copy, in which comments have marks, and whose folder's name is ASCII.
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
-cp -r --parents docs scripts tarvcore cmake/layers.txt "$copy"
+cp -r --parents docs scripts tarvcore tarvmoduleregistry cmake/layers.txt "$copy"
 (cd "$copy" && rm tarvcore/tarvcore.h &&
     scripts/manual_filter.py docs/*.md tarvcore/*.h tarvcore/hardware/*.h \
-        tarvcore/impl/{time_base,future_impl}.h)
+        tarvcore/impl/{time_base,future_impl}.h tarvmoduleregistry/*.h)
 
 version=$(sed -nE 's/^project\(tarvcore VERSION ([0-9.]+).*/\1/p' CMakeLists.txt)
 settings="

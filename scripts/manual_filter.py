@@ -280,12 +280,16 @@ class Filter:
             self.replace(begin - len(comment or ""), "")
 
 
-def page(path):
+def page(path, layers):
     """A page, with a label of its own: Doxygen's are made of paths, and not of all paths."""
     label = "mainpage" if path.stem == "index" else f"page_{path.stem}"
     text = re.sub(r"^# .*", rf"\g<0> {{#{label}}}", path.read_text(), 1)
     text = re.sub(r"\]\((\w+)\.md(#[\w-]*)?\)", r"](@ref page_\1)", text)
-    return re.sub(r"(?<!!)\[([^\]]*)\]\(\.\./[^)]*\)", r"\1", text)
+    text = text.replace("@ref page_index)", "@ref index)")
+    text = re.sub(r"(?<!!)\[([^\]]*)\]\(\.\./[^)]*\)", r"\1", text)
+    if path.stem in layers:
+        text += f"\nAll headers, classes and functions: [{path.stem}](@ref api_{path.stem}).\n"
+    return text
 
 
 def main():
@@ -293,10 +297,12 @@ def main():
     meanings = common_names()
     for path in (pathlib.Path(name).resolve() for name in sys.argv[1:]):
         if path.suffix == ".md":
-            path.write_text(page(path))
-        else:
+            path.write_text(page(path, names))
+        elif path.is_relative_to(check_layers.LIBRARY):
             topic = str(path.relative_to(check_layers.LIBRARY).with_suffix(""))
             path.write_text(Filter(path, meanings).run(names[rank[topic]]))
+        else:
+            path.write_text(Filter(path, meanings).run(path.parent.name))
 
 
 if __name__ == "__main__":

@@ -3,6 +3,7 @@
 
 #include <string>
 
+// Marks what the library exports.
 #if defined(TARVCORE_STATIC)
 #define TARVMODULEREGISTRY_API
 #elif defined(TARVMODULEREGISTRY_BUILD)
@@ -20,7 +21,7 @@ namespace tarvmoduleregistry {
 
 // What a module has registered, copied.
 struct ModuleInfo {
-    std::string text;
+    std::string text;  // as it was given
 };
 
 // Registers a module; keeps copies of both texts.  False where the name is taken: the module that
