@@ -225,11 +225,11 @@ class Filter:
         if own_name.lstrip("~") == class_name:
             arguments = re.sub(r"(?<=[&>])( \w+)?\).*|(?<=\()\).*", ")", rest)
             meaning = self.meanings.get((own_name + arguments).replace(class_name, "X"))
+        elif own_name in self.meanings:
+            meaning = self.meanings[own_name]
         elif re.search(rf"\b{re.escape(own_name)}\(\) const (noexcept )?"
                        rf"\{{ return \*?{re.escape(own_name)}_; \}}$", declaration):
             meaning = self.meanings["name()"]
-        else:
-            meaning = self.meanings.get(own_name)
         return meaning and meaning.replace("X()", f"{class_name}()")
 
     def declaration(self, kind, name, indent, comment):

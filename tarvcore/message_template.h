@@ -15,7 +15,7 @@ struct MessageTemplate {
     constexpr MessageTemplate(SourceString shared) : text(std::move(shared)) {}
     constexpr MessageTemplate(TransferSource<SourceString> source) : text(source) {}
 
-    SourceString text;
+    SourceString text;  // with places for parameters, as "{@name}"
 };
 
 }  // namespace tarvcore

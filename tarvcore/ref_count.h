@@ -57,6 +57,7 @@ private:
 // reference; it frees the memory when `decrement_weak` answers true.
 class TARVCORE_API AtomicStrongWeakRefCount {
 public:
+    // One reference of each kind.
     constexpr AtomicStrongWeakRefCount() = default;
     AtomicStrongWeakRefCount(const AtomicStrongWeakRefCount&) = delete;
     AtomicStrongWeakRefCount& operator=(const AtomicStrongWeakRefCount&) = delete;

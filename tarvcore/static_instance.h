@@ -24,6 +24,7 @@ namespace tarvcore {
 template <class T>
 class StaticInstance : private impl::StaticInstanceBase {
 public:
+    // Makes no object yet.
     constexpr StaticInstance() = default;
     StaticInstance(const StaticInstance&) = delete;
     StaticInstance& operator=(const StaticInstance&) = delete;
@@ -35,6 +36,7 @@ public:
         const std::uintptr_t state = state_.load(std::memory_order_acquire);
         return state > destroyed ? *reinterpret_cast<T*>(state) : make();
     }
+    // As `get`.
     T* operator->() { return &get(); }
 
 private:

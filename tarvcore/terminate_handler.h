@@ -31,6 +31,7 @@ namespace tarvcore {
 // thread of its own.
 class TARVCORE_API ScopedDiagnosticSignalHandler {
 public:
+    // Keeps the handlers that there were.
     ScopedDiagnosticSignalHandler();
     ~ScopedDiagnosticSignalHandler();
     ScopedDiagnosticSignalHandler(const ScopedDiagnosticSignalHandler&) = delete;

@@ -19,6 +19,7 @@ namespace tarvcore {
 //     ACE_Guard<ThreadMutex> guard(lock);
 class TARVCORE_API ThreadMutex {
 public:
+    // Held by nobody.
     ThreadMutex() = default;
     ThreadMutex(const ThreadMutex&) = delete;
     ThreadMutex& operator=(const ThreadMutex&) = delete;
