@@ -102,7 +102,7 @@ def declared_name(text):
 
 class Filter:
     def __init__(self, path, meanings):
-        self.path = path
+        self.path = path.relative_to(check_layers.ROOT)
         self.lines = path.read_text().splitlines()
         self.out = list(self.lines)  # at each line's place what is printed for it, or None
         self.at = 0
