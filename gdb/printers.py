@@ -21,7 +21,7 @@ def quoted(text):
 
 def chars(pointer, length):
     """Text by its address and length in bytes."""
-    memory = gdb.selected_inferior().read_memory(int(pointer), length) if length else b''
+    memory = gdb.selected_inferior().read_memory(int(pointer), length)
     return bytes(memory).decode('utf-8', 'replace')
 
 

@@ -35,7 +35,8 @@ ErrorInfo::Ptr record =
     ErrorInfo::create(code, "{@name} is {@count} times {@unknown}", params, place, cause);
 ErrorException exception(cause);
 RelativeTime durations[] = {RelativeTime::nanoseconds(0),
-                            RelativeTime::nanoseconds(999),
+                            RelativeTime::nanoseconds(1000),
+                            RelativeTime::nanoseconds(1'000'000),
                             RelativeTime::nanoseconds(-1500),
                             RelativeTime::nanoseconds(250'000'001),
                             RelativeTime::seconds(60),
