@@ -1,4 +1,4 @@
-// The text of durations.
+// The text of durations.  gdb/printers.py writes the same.
 
 #include <ostream>
 #include <string_view>

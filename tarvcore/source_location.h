@@ -9,7 +9,8 @@
 #include "tarvcore/source_string.h"
 #include "tarvcore/transfer.h"
 
-// The place where this stands, in a function of the given readable name.
+// The place where this stands, in a function of the given readable name.  TARVCORE_SOURCE_FILE must
+// stand above it in the file: it defines `source_file_id`.
 #define TARVCORE_LOCATION(function)        \
     ::tarvcore::LiteralLocation {          \
         function, source_file_id, __LINE__ \

@@ -1,5 +1,5 @@
 // Writing the text of times, into the caller's memory: each function answers the end of what it
-// wrote.
+// wrote.  gdb/printers.py writes the same.
 #pragma once
 
 #include <array>
