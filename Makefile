@@ -35,6 +35,10 @@ fuzz:  ## Let fuzzers look for faults in parsers and codecs, FUZZ_SECONDS (20) f
 	@scripts/install-packages.sh build fuzz
 	@scripts/fuzz.sh
 
+mutate:  ## Whether the tests notice planted faults: make mutate SOURCES="calendar hex_codec" COUNT=20
+	@scripts/setup.sh wine package
+	@scripts/mutate.py --count $(or $(COUNT),20) $(SOURCES)
+
 coverage:  ## Which lines and branches the tests reach: build/coverage/report/index.html
 	@scripts/setup.sh wine coverage
 	@scripts/build.sh coverage
@@ -75,5 +79,5 @@ check-package:  ## Whether a build in another folder gives the same package, to 
 clean:  ## Remove what was built here (the cache with ACE stays)
 	@rm -rf build
 
-.PHONY: help run test test-long test-display test-checked fuzz coverage manual man check exports \
+.PHONY: help run test test-long test-display test-checked fuzz mutate coverage manual man check exports \
 	bench package check-package clean

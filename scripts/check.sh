@@ -34,8 +34,11 @@ example_compiles() {
 exports_are_listed() { scripts/exports.sh | diff -u cmake/exports.txt -; }
 
 check "format" "clang-format -i the files named" clang-format --dry-run -Werror "${sources[@]}"
+check "text files" "see .editorconfig" scripts/check_editorconfig.py
 check "layers" "see cmake/layers.txt" python3 scripts/check_layers.py
 check "picture of the layers" "scripts/draw_layers.py" python3 scripts/draw_layers.py --check
+check "picture of the performance" "scripts/draw_performance.py" \
+    scripts/draw_performance.py --check
 check "shell scripts" "shellcheck" shellcheck --external-sources --source-path=scripts "${scripts[@]}"
 check "whose each file is" "see .reuse/dep5" reuse lint --quiet
 check "documents' links" "mend the links named" python3 scripts/check_docs.py
