@@ -24,10 +24,11 @@ void run_transforms(Input input);
 void run_time_text(Input input);
 void run_string_to(Input input);
 void run_error_params(Input input);
+void run_cpuid(Input input);
 
 inline constexpr Target targets[] = {
     {"unicode", run_unicode},     {"transforms", run_transforms},     {"time_text", run_time_text},
-    {"string_to", run_string_to}, {"error_params", run_error_params},
+    {"string_to", run_string_to}, {"error_params", run_error_params}, {"cpuid", run_cpuid},
 };
 
 inline void require(bool condition, const char* what) {
