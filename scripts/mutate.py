@@ -2,9 +2,10 @@
 """mutate.py [--count N] [--jobs N] [SOURCE...]: whether the tests notice faults in the library's code.
 
 Plants one small fault at a time into a copy of the tree, builds the library and runs the tests of the
-source's layer.  A fault that they notice is killed, also by never ending; one that they do not is a
-survivor, and shown.  Each SOURCE ("impl/hex_codec" or just "hex_codec"; all, unless some are
-named) gets N (20) faults, drawn by its name: the same in every run.
+source's layer, and if they pass those of the two layers above.  A fault that they notice is killed,
+also by never ending; one that they do not is a survivor, and shown.  Each SOURCE ("impl/hex_codec" or
+just "hex_codec"; all, unless some are named) gets N (20) faults, drawn by its name: the same in every
+run.
 """
 
 import argparse
@@ -68,6 +69,7 @@ class Tree:
     def __init__(self, number: int) -> None:
         self.source = FOLDER / str(number)
         self.build = FOLDER / f"{number}-build"
+        self.limits: dict[str, float] = {}
         names = subprocess.run(["git", "-C", ROOT, "ls-files", "-z"], check=True, capture_output=True)
         for name in names.stdout.decode().split("\0")[:-1]:
             old, new = ROOT / name, self.source / name
@@ -85,9 +87,13 @@ class Tree:
     def make(self, *targets: str) -> None:
         self.run("cmake", "--build", self.build, "-j1", "--target", *targets)
 
-    def test(self, layer: str, limit: float | None = None) -> None:
+    def test(self, layer: str) -> None:
+        """Raises unless the tests pass, in some times what they took before the first fault."""
         program = self.build / "bin" / f"{layer}_test.exe"
-        self.run("scripts/wine-run", self.build, program, "--gtest_fail_fast", limit=limit)
+        start = time.monotonic()
+        self.run("scripts/wine-run", self.build, program, "--gtest_fail_fast",
+                 limit=self.limits.get(layer))  # fmt: skip
+        self.limits.setdefault(layer, 30 + 8 * (time.monotonic() - start))
 
 
 class Report:
@@ -104,16 +110,16 @@ class Report:
         return f"{self.topic:32} {all_faults:4} faults {self.killed:4} killed {share:4} %"
 
 
-def examine(tree: Tree, topic: str, layer: str, count: int) -> Report:
+def examine(tree: Tree, topic: str, layers: list[str], count: int) -> Report:
     report = Report(topic)
     path = tree.source / "tarvcore" / f"{topic}.cpp"
     code = path.read_text(encoding="utf-8")
     candidates = faults(code)
     random.Random(topic).shuffle(candidates)
-    tree.make("tarvcore", f"{layer}_test")
-    start = time.monotonic()
-    tree.test(layer)
-    limit = 30 + 8 * (time.monotonic() - start)
+    tree.make("tarvcore", *(f"{layer}_test" for layer in layers))
+    for layer in layers:
+        if layer not in tree.limits:
+            tree.test(layer)
     try:
         for begin, end, new in candidates:
             if report.killed + len(report.survivors) == count:
@@ -124,7 +130,8 @@ def examine(tree: Tree, topic: str, layer: str, count: int) -> Report:
             except subprocess.CalledProcessError:
                 continue  # the compiler has noticed, or the linker
             try:
-                tree.test(layer, limit)
+                for layer in layers:
+                    tree.test(layer)
             except (subprocess.CalledProcessError, subprocess.TimeoutExpired):
                 report.killed += 1
                 continue
@@ -146,7 +153,7 @@ def main() -> int:
 
     rank, names = read_layers()
     topics = {
-        topic: names[layer]
+        topic: names[layer : layer + 3]
         for topic, layer in rank.items()
         if (ROOT / "tarvcore" / f"{topic}.cpp").exists()
     }
