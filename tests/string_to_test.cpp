@@ -93,6 +93,7 @@ TEST(StringTo, ReadsIntegersWithinTheirRange) {
 }
 
 TEST(StringTo, ReadsFloatingPointNumbers) {
+    expect_value("5", 5.0);
     expect_value("1.5", 1.5);
     expect_value("-1e308", -1e308);
     expect_value("+.5", 0.5);
