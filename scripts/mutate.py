@@ -91,7 +91,7 @@ class Tree:
         """Raises unless the tests pass, in some times what they took before the first fault."""
         program = self.build / "bin" / f"{layer}_test.exe"
         start = time.monotonic()
-        self.run("scripts/wine-run", self.build, program, "--gtest_fail_fast",
+        self.run("tests/run_test.sh", "scripts/wine-run", self.build, program, "--gtest_fail_fast",
                  limit=self.limits.get(layer))  # fmt: skip
         self.limits.setdefault(layer, 30 + 8 * (time.monotonic() - start))
 

@@ -57,10 +57,12 @@ TEST(TerminateHandler, TellsWhatEndedTheProcess) {
         std::string message = row.message;
         message = std::regex_replace(message, std::regex("THREAD"), "0x[0-9a-f]+");
         message = std::regex_replace(message, std::regex("ADDRESS"), "0x[0-9a-f]{8}");
-        EXPECT_TRUE(std::regex_search(
-            outcome.errors, std::regex("\n\\*\\*\\* //tarvcore/impl/fault_record.cpp#1 - Exception "
-                                       "that probably caused termination: \n(.*\n)*    " +
-                                       message + "\n")))
+        const auto heading = outcome.errors.find(
+            "\n*** //tarvcore/impl/fault_record.cpp#1 - Exception that probably caused "
+            "termination: \n");
+        ASSERT_NE(heading, std::string::npos) << row.way << outcome.errors;
+        EXPECT_TRUE(std::regex_search(outcome.errors.substr(heading),
+                                      std::regex("\n    " + message + "\n")))
             << row.way << outcome.errors;
         EXPECT_NE(outcome.errors.find(row.cause), std::string::npos) << row.way << outcome.errors;
         EXPECT_TRUE(outcome.errors.ends_with(" - !!!!! Aborting process NOW !!!!!\n"))
