@@ -10,6 +10,7 @@ endif()
 # As the compiler names it in debug information.
 file(REAL_PATH ${TARVCORE_ACE_FOLDER} TARVCORE_ACE_FOLDER)
 foreach(name ACE ACE_static)
+    unset(${name}_DIR CACHE)  # that of an earlier configuration of ACE
     find_package(${name} CONFIG REQUIRED
                  PATHS ${TARVCORE_ACE_FOLDER} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
 endforeach()

@@ -48,7 +48,9 @@ endforeach()
 
 # Where to begin.  The manual is there where scripts/manual.sh has made it.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/build/manual/html DESTINATION share/doc/tarvcore OPTIONAL)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/consumer DESTINATION share/tarvcore)
+install(FILES ${PROJECT_SOURCE_DIR}/examples/consumer/CMakeLists.txt
+              ${PROJECT_SOURCE_DIR}/examples/consumer/consumer.cpp
+        DESTINATION share/tarvcore/consumer)
 
 # What is whose: the texts are those that the machine has beside what they are about.
 set(gcc_terms /usr/share/doc/gcc-mingw-w64-base/copyright)

@@ -11,6 +11,7 @@ import gdb
 import gdb.printing
 import gdb.types
 
+MOST_PARAMETERS = 10_000  # more are none
 INFINITE = 0x7FFFFFFFFFFFFFFF
 EPOCH = datetime.datetime(1970, 1, 1)
 
@@ -54,10 +55,11 @@ def location(place):
 def pairs(params):
     """Names and values of parameters."""
     vector = params['pairs_']['_M_impl']
-    at = vector['_M_start']
-    while at != vector['_M_finish']:
-        yield source_text(at['name']), std_text(at['value'])
-        at += 1
+    begin, count = vector['_M_start'], int(vector['_M_finish'] - vector['_M_start'])
+    if not 0 <= count <= MOST_PARAMETERS:
+        raise gdb.error(f'{count} parameters')
+    for i in range(count):
+        yield source_text(begin[i]['name']), std_text(begin[i]['value'])
 
 
 def record(error):

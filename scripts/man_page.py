@@ -25,7 +25,7 @@ def block(text: str) -> str:
 def page(command: list[str]) -> str:
     def said(*words: str) -> str:
         return subprocess.run(
-            [*command, *words], check=True, capture_output=True, text=True
+            [*command, *words], check=True, stdout=subprocess.PIPE, encoding="utf-8"
         ).stdout
 
     version = said("--version").splitlines()[0]

@@ -10,11 +10,13 @@ run.
 
 import argparse
 import concurrent.futures
+import os
 import pathlib
 import queue
 import random
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import time
@@ -70,7 +72,9 @@ class Tree:
         self.source = FOLDER / str(number)
         self.build = FOLDER / f"{number}-build"
         self.limits: dict[str, float] = {}
-        names = subprocess.run(["git", "-C", ROOT, "ls-files", "-z"], check=True, capture_output=True)
+        names = subprocess.run(
+            ["git", "-C", ROOT, "ls-files", "-z", "--cached", "--others", "--exclude-standard"],
+            check=True, stdout=subprocess.PIPE)  # fmt: skip
         for name in names.stdout.decode().split("\0")[:-1]:
             old, new = ROOT / name, self.source / name
             new.parent.mkdir(parents=True, exist_ok=True)
@@ -81,8 +85,19 @@ class Tree:
                  "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG")  # fmt: skip
 
     def run(self, *command: object, limit: float | None = None) -> None:
+        """Raises where the command fails, or takes longer; nothing of it is left running then."""
         words = [str(word) for word in command]
-        subprocess.run(words, check=True, capture_output=True, cwd=self.source, timeout=limit)
+        process = subprocess.Popen(words, cwd=self.source, stdin=subprocess.DEVNULL, text=True,
+                                   stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                                   errors="replace", start_new_session=True)  # fmt: skip
+        try:
+            output, _ = process.communicate(timeout=limit)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            process.communicate()
+            raise
+        if process.returncode != 0:
+            raise subprocess.CalledProcessError(process.returncode, words, output)
 
     def make(self, *targets: str) -> None:
         self.run("cmake", "--build", self.build, "-j1", "--target", *targets)
@@ -106,8 +121,8 @@ class Report:
 
     def row(self) -> str:
         all_faults = self.killed + len(self.survivors)
-        share = 100 * self.killed // all_faults if all_faults else 100
-        return f"{self.topic:32} {all_faults:4} faults {self.killed:4} killed {share:4} %"
+        share = 100 * self.killed // all_faults if all_faults else "-"
+        return f"{self.topic:32} {all_faults:4} faults {self.killed:4} killed {share:>4} %"
 
 
 def examine(tree: Tree, topic: str, layers: list[str], count: int) -> Report:
@@ -127,8 +142,10 @@ def examine(tree: Tree, topic: str, layers: list[str], count: int) -> Report:
             path.write_text(code[:begin] + new + code[end:], encoding="utf-8")
             try:
                 tree.make("tarvcore")
-            except subprocess.CalledProcessError:
-                continue  # the compiler has noticed, or the linker
+            except subprocess.CalledProcessError as failure:
+                if " error: " in failure.output or "undefined reference" in failure.output:
+                    continue  # the compiler has noticed, or the linker
+                raise
             try:
                 for layer in layers:
                     tree.test(layer)
@@ -164,9 +181,6 @@ def main() -> int:
         return 2
 
     trees: queue.Queue[Tree] = queue.Queue()
-    for number in range(arguments.jobs):
-        trees.put(Tree(number))
-
     def work(topic: str) -> Report:
         tree = trees.get()
         try:
@@ -176,8 +190,15 @@ def main() -> int:
         print("\n".join([report.row()] + ["    " + line for line in report.survivors]), flush=True)
         return report
 
-    with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
-        reports = list(pool.map(work, wanted))
+    try:
+        for number in range(arguments.jobs):
+            trees.put(Tree(number))
+        with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
+            reports = list(pool.map(work, wanted))
+    except subprocess.CalledProcessError as failure:
+        print(f"without a fault, this fails: {' '.join(failure.cmd)}", file=sys.stderr)
+        print("\n".join(failure.output.splitlines()[-20:]), file=sys.stderr)
+        return 1
     total = Report("all")
     total.killed = sum(report.killed for report in reports)
     total.survivors = [line for report in reports for line in report.survivors]

@@ -8,6 +8,7 @@ run "manual" scripts/manual.sh
 rm -f build/release/package/*.zip
 run "package" cpack --preset release
 package=$(echo build/release/package/*.zip)
+rm -f build/tarvcore-*-w32.zip
 mv "$package" build/
 say "packed: build/${package##*/}"
 command -v wine > /dev/null ||

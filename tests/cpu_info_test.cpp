@@ -577,6 +577,9 @@ TEST(CpuidRecording, TakesTheFirstProcessorOfAText) {
     EXPECT_EQ(recording.read(1, 0).eax(), 0u);
     EXPECT_EQ(recording.read(11, 0x1F).byte_at(4), 11);
     EXPECT_FALSE(CpuidRecording().has_cpuid());
+
+    const std::string_view unended = "CPUID 00000001: 00000009-00000009-00000009-00000009";
+    EXPECT_EQ(CpuidRecording().add_text(unended), 1u);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <numeric>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tarvcore/config.h"
@@ -53,13 +55,23 @@ unsigned distance(const std::string& a, const std::string& b) {
     return d[a.size()][b.size()];
 }
 
+std::string from_xml(std::string text) {
+    constexpr std::pair<std::string_view, char> entities[] = {
+        {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}, {"&amp;", '&'}};
+    for (const auto& [entity, character] : entities) {
+        for (auto i = text.find(entity); i != text.npos; i = text.find(entity, i + 1))
+            text.replace(i, entity.size(), 1, character);
+    }
+    return text;
+}
+
 // What an element <Item name="NAME"> of the module information holds.
 std::string item(const std::string& information, const std::string& name) {
     const std::string tag = "<Item name=\"" + name + "\">";
     const auto begin = information.find(tag);
     if (begin == information.npos) return "unknown";
     const auto text = begin + tag.size();
-    return information.substr(text, information.find('<', text) - text);
+    return from_xml(information.substr(text, information.find('<', text) - text));
 }
 
 }  // namespace

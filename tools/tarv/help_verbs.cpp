@@ -28,14 +28,14 @@ public:
             return true;
         }
         const Family* const family = find_family(words[0]);
-        if (family == nullptr) throw UsageError(no_such_verb(words[0], names_of_families()));
+        if (family == nullptr) throw no_such(words[0], names_of_families());
         const Verbs verbs = family->verbs();
         Verb* verb = find_verb(verbs, "");
         if (words.size() > (verb == nullptr ? 2u : 1u))
             throw UsageError("too many words: " + words.back());
         if (words.size() == 2) {
             verb = find_verb(verbs, words[1]);
-            if (verb == nullptr) throw UsageError(no_such_verb(words[1], names_of_verbs(verbs)));
+            if (verb == nullptr) throw no_such(words[1], names_of_verbs(verbs));
         }
         if (request.json) {
             verb == nullptr ? write_objects(*family, output) : write_object(*family, *verb, output);
@@ -47,6 +47,10 @@ public:
     }
 
 private:
+    static UsageError no_such(const std::string& word, const std::vector<std::string>& names) {
+        return UsageError(no_such_verb(word, names) + "\nVerbs: " + joined(names));
+    }
+
     static void write_object(const Family& family, Verb& verb, Output& output) {
         Result result(output, Result::Form::json);
         result.text("verb", full_name(family, verb));
