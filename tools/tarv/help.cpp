@@ -115,7 +115,7 @@ std::string joined(const std::vector<std::string>& names) {
 
 std::string no_such_verb(const std::string& word, const std::vector<std::string>& names) {
     if (word.starts_with('-')) return word + " comes too early: options follow the verb";
-    const std::string complaint = "there is no verb \"" + word + '"';
+    std::string complaint = "there is no verb \"" + word + '"';
     const auto nearest = std::ranges::min_element(
         names, {}, [&](const std::string& name) { return distance(word, name); });
     // More than a third of the letters wrong is another word.
