@@ -181,6 +181,7 @@ def main() -> int:
         return 2
 
     trees: queue.Queue[Tree] = queue.Queue()
+
     def work(topic: str) -> Report:
         tree = trees.get()
         try:

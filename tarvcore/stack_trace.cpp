@@ -13,7 +13,6 @@
 #include "tarvcore/impl/stream_text.h"
 #include "tarvcore/impl/unicode_kernels.h"
 #include "tarvcore/streamers.h"
-
 //
 #include <psapi.h>
 
