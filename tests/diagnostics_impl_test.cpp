@@ -6,12 +6,15 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <thread>
-#include <vector>
+#include <string>
 
 #include "tarvcore/impl/debug_help.h"
 #include "tarvcore/impl/dump_credits.h"
+#include "tarvcore/impl/stream_text.h"
+#include "tarvcore/streamers.h"
+#include "tests/support/pattern.h"
 #include "tests/support/scoped_calls.h"
+#include "tests/support/threads.h"
 #include "tests/support/trace_hooks.h"
 
 namespace {
@@ -39,19 +42,10 @@ TEST(DumpCredits, AreNeverOverdrawn) {
     for (int round = 0; round < 200; ++round) {
         impl::DumpCredits credits;
         std::atomic<unsigned> taken = 0;
-        std::atomic<unsigned> missing = 8;
-        std::vector<std::thread> threads;
-        for (int i = 0; i < 8; ++i) {
-            threads.emplace_back([&] {
-                --missing;
-                while (missing != 0)
-                    std::this_thread::yield();
-                for (int tries = 0; tries < 10; ++tries)
-                    taken += credits.take([] { return 0u; });
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
+        tarv_test::run_threads(8, [&](unsigned) {
+            for (int tries = 0; tries < 10; ++tries)
+                taken += credits.take([] { return 0u; });
+        });
         ASSERT_EQ(taken, 16u);
     }
 }
@@ -75,39 +69,32 @@ TEST(AnonymousExceptionReport, NamesThreadDumpAndError) {
         help.write_dump = write_dump;
         return help;
     };
-    const auto report = [&](unsigned period, bool can_write) {
+    const std::string thread = impl::stream_text(streamers::Hex(GetCurrentThreadId(), false));
+    const auto report = [&](unsigned period, bool can_write, const std::string& format,
+                            const std::string& path = "") {
         TraceHooks::period = period;
-        writes_dumps = can_write;
         TraceHooks::lines.clear();
+        writes_dumps = can_write;
+        dumps = 0;
         create_dump_and_trace_anonymous_exception(SourceLocation("f()", "$Id: //a/b.cpp#7 $", 1));
         ASSERT_EQ(TraceHooks::lines.size(), 1u);
-        const auto& line = TraceHooks::lines.front();
-        EXPECT_EQ(line.place, "//a/b.cpp#7");
-        EXPECT_EQ(std::stoul(line.texts.front(), nullptr, 16), GetCurrentThreadId());
-        EXPECT_TRUE(line.texts.back().starts_with("\nErrorCode:   error.exception.unknown\n"));
+        EXPECT_TRUE(tarv_test::agrees(TraceHooks::lines.front(),
+                                      "//a/b.cpp#7|Unknown exception occurred on thread {}" +
+                                          format + "  Error: {}|" + thread + '|' + path +
+                                          "\nErrorCode:   error.exception.unknown\n…"));
     };
-    constexpr unsigned new_period = 12345;
-    report(new_period, true);
-    EXPECT_EQ(TraceHooks::lines.front().format,
-              "Unknown exception occurred on thread {}.  Created memory dump: {}.  Error: {}");
-    ASSERT_EQ(TraceHooks::lines.front().texts.size(), 3u);
-    const std::string path = TraceHooks::lines.front().texts[1];
-    EXPECT_TRUE(path.ends_with(".dmp") && DeleteFileA(path.c_str()) != 0) << path;
-
-    report(new_period, false);
-    EXPECT_EQ(TraceHooks::lines.front().format,
-              "Unknown exception occurred on thread {} (unable to create dump).  Error: {}");
-    EXPECT_EQ(TraceHooks::lines.front().texts.size(), 2u);
-
-    for (unsigned i = 2; i < 16; ++i)
-        report(new_period, false);
-    dumps = 0;
-    report(new_period, true);
-    EXPECT_EQ(TraceHooks::lines.front().format,
-              "Unknown exception occurred on thread {} (no dump created as dump credits "
-              "exhausted).  Error: {}");
+    const std::string failed = " (unable to create dump).";
+    constexpr unsigned period = 12345;
+    report(period, true, ".  Created memory dump: {}.", "….dmp|");
+    std::string path = TraceHooks::lines.front();
+    path.erase(path.find(".dmp|") + 4).erase(0, path.rfind('|') + 1);
+    EXPECT_TRUE(DeleteFileA(path.c_str()) != 0) << path;
+    for (unsigned i = 1; i < 16; ++i)
+        report(period, false, failed);
+    EXPECT_EQ(dumps, 1u);
+    report(period, true, " (no dump created as dump credits exhausted).");
     EXPECT_EQ(dumps, 0u);
-    report(new_period + 1, false);
+    report(period + 1, false, failed);
     EXPECT_EQ(dumps, 1u);
 }
 

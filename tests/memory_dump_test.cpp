@@ -5,11 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <string>
+#include <string_view>
 
 #include "tarvcore/impl/debug_help.h"
 #include "tarvcore/impl/dump_path.h"
@@ -19,69 +20,35 @@ namespace {
 
 using namespace tarvcore;
 
-// A dump file's streams by their numbers.
-class DumpFile {
-public:
-    explicit DumpFile(const char* path) {
-        std::ifstream file(path, std::ios::binary);
-        bytes_.assign(std::istreambuf_iterator<char>(file), {});
-        const auto header = at<MINIDUMP_HEADER>(0);
-        EXPECT_EQ(bytes_.substr(0, 4), "MDMP");
-        for (unsigned i = 0; i < header.NumberOfStreams; ++i) {
-            const auto entry =
-                at<MINIDUMP_DIRECTORY>(header.StreamDirectoryRva + i * sizeof(MINIDUMP_DIRECTORY));
-            streams_[entry.StreamType] = entry.Location.Rva;
-        }
-    }
+std::string content_of(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
 
-    // Nothing in a dump is aligned.
-    template <class T>
-    T at(std::size_t offset) const {
-        T value = {};
-        EXPECT_LE(offset + sizeof value, bytes_.size());
-        if (offset + sizeof value <= bytes_.size())
-            std::memcpy(&value, bytes_.data() + offset, sizeof value);
-        return value;
-    }
-    std::size_t stream(unsigned type) const {
-        EXPECT_TRUE(streams_.contains(type)) << type;
-        return streams_.at(type);
-    }
-    std::string text(std::size_t offset) const {
-        std::string text;
-        const auto size = at<ULONG32>(offset);  // in bytes
-        for (std::size_t i = 0; i < size; i += sizeof(WCHAR))
-            text += static_cast<char>(at<WCHAR>(offset + sizeof size + i));
-        return text;
-    }
-
-private:
-    std::string bytes_;
-    std::map<unsigned, std::size_t> streams_;
-};
+// The beginning of a stream of a dump, as debuggers find it; nothing in a dump is aligned.
+template <class T>
+T stream_of(std::string& dump, ULONG type) {
+    static const auto read = std::bit_cast<decltype(&MiniDumpReadDumpStream)>(
+        GetProcAddress(LoadLibraryW(L"dbghelp.dll"), "MiniDumpReadDumpStream"));
+    void* stream = nullptr;
+    T value = {};
+    EXPECT_TRUE(read(dump.data(), type, nullptr, &stream, nullptr) != 0) << type;
+    if (stream != nullptr) std::memcpy(&value, stream, sizeof value);
+    return value;
+}
 
 TEST(MemoryDump, TellsThreadsModulesAndTheCaller) {
     preinitialize_diagnostics_libraries();
     char path[600] = "";
     ASSERT_TRUE(create_diagnostic_memory_dump(diagnosticMemoryDumpSmall, "small", path, 600));
-    {
-        const DumpFile dump(path);
-        EXPECT_GE(dump.at<ULONG32>(dump.stream(ThreadListStream)), 1u);
-        EXPECT_EQ(dump.at<MINIDUMP_EXCEPTION_STREAM>(dump.stream(ExceptionStream)).ThreadId,
-                  GetCurrentThreadId());
-        EXPECT_EQ(
-            dump.at<MINIDUMP_SYSTEM_INFO>(dump.stream(SystemInfoStream)).ProcessorArchitecture,
-            PROCESSOR_ARCHITECTURE_INTEL);
-        const std::size_t modules = dump.stream(ModuleListStream);
-        const auto count = dump.at<ULONG32>(modules);
-        bool has_test = false;
-        for (std::size_t i = 0; i < count; ++i) {
-            const auto module =
-                dump.at<MINIDUMP_MODULE>(modules + sizeof count + i * sizeof(MINIDUMP_MODULE));
-            has_test |= dump.text(module.ModuleNameRva).ends_with("diagnostics_test.exe");
-        }
-        EXPECT_TRUE(has_test);
-    }
+    std::string dump = content_of(path);
+    EXPECT_GE(stream_of<ULONG32>(dump, ThreadListStream), 1u);
+    EXPECT_EQ(stream_of<MINIDUMP_EXCEPTION_STREAM>(dump, ExceptionStream).ThreadId,
+              GetCurrentThreadId());
+    EXPECT_GE(stream_of<ULONG32>(dump, ModuleListStream), 2u);
+    constexpr std::wstring_view program = L"diagnostics_test.exe";
+    const auto* const bytes = reinterpret_cast<const char*>(program.data());
+    EXPECT_NE(dump.find(std::string(bytes, 2 * program.size())), std::string::npos);
     EXPECT_NE(std::string(path).find("\\small_"), std::string::npos) << path;
     EXPECT_TRUE(DeleteFileA(path) != 0);
 }
@@ -140,22 +107,25 @@ TEST_F(MemoryDumpFailures, LeaveNothing) {
     expect_failure("no folder");
 }
 
-// As another process would write a dump of its own to the same path.
-HANDLE open_again(const std::wstring& path) {
-    return CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                       CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-}
-
 std::wstring path_of_dump;
 
-BOOL WINAPI write_while_another_tries(HANDLE, DWORD, HANDLE file, MINIDUMP_TYPE,
-                                      PMINIDUMP_EXCEPTION_INFORMATION,
-                                      PMINIDUMP_USER_STREAM_INFORMATION,
-                                      PMINIDUMP_CALLBACK_INFORMATION) {
+// As another writer of the same path, or a reader, that minds nobody.
+HANDLE open_again(DWORD access) {
+    return CreateFileW(path_of_dump.c_str(), access,
+                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+BOOL WINAPI write_while_others_try(HANDLE, DWORD, HANDLE file, MINIDUMP_TYPE,
+                                   PMINIDUMP_EXCEPTION_INFORMATION,
+                                   PMINIDUMP_USER_STREAM_INFORMATION,
+                                   PMINIDUMP_CALLBACK_INFORMATION) {
     DWORD written = 0;
     WriteFile(file, "whole", 5, &written, nullptr);
-    EXPECT_EQ(open_again(path_of_dump), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
+    for (const DWORD access : {DWORD{GENERIC_READ}, DWORD{GENERIC_WRITE}, DWORD{DELETE}}) {
+        EXPECT_EQ(open_again(access), INVALID_HANDLE_VALUE) << access;
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_SHARING_VIOLATION}) << access;
+    }
     return TRUE;
 }
 
@@ -164,32 +134,26 @@ TEST_F(MemoryDumpFailures, AreThoseOfTheSecondWriterOfAPath) {
     impl::DumpPath expected;
     ASSERT_TRUE(expected.build(nullptr, GetCurrentThreadId()));
     path_of_dump = expected.c_str();
-    help.write_dump = write_while_another_tries;
+    help.write_dump = write_while_others_try;
     const auto dump = [](char* path) {
         return create_diagnostic_memory_dump(diagnosticMemoryDumpFull, nullptr, path, 600);
     };
     char path[600] = "";
     EXPECT_TRUE(dump(path));
-    HANDLE other = open_again(path_of_dump);  // the first is done
+    EXPECT_EQ(content_of(path), "whole");
+    HANDLE other = open_again(GENERIC_WRITE);  // the first is done
     char untouched[600] = "untouched";
     EXPECT_FALSE(dump(untouched));
     EXPECT_STREQ(untouched, "untouched");
-    DWORD written = 0;
-    EXPECT_TRUE(WriteFile(other, "other", 5, &written, nullptr) != 0);
     CloseHandle(other);
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "other");
-    file.close();
+    EXPECT_EQ(content_of(path), "whole");
     EXPECT_TRUE(DeleteFileA(path) != 0);
 }
 
 TEST(DebugHelpLock, IsForOneAndNotRecursive) {
     const impl::DebugHelpLock lock;
     EXPECT_TRUE(lock.is_held());
-    {
-        const impl::DebugHelpLock inner;
-        EXPECT_FALSE(inner.is_held());
-    }
+    EXPECT_FALSE(impl::DebugHelpLock().is_held());
     EXPECT_TRUE(lock.is_held());
 }
 

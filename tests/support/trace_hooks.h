@@ -1,6 +1,7 @@
 // What the library tells the diagnostic trace hooks.
 #pragma once
 
+#include <algorithm>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -12,12 +13,6 @@ namespace tarv_test {
 // Takes the process's diagnostic lines while it lives; one at a time.
 class TraceHooks {
 public:
-    struct Line {
-        std::string place;
-        std::string format;
-        std::vector<std::string> texts;
-    };
-
     TraceHooks() {
         lines.clear();
         wants_lines = true;
@@ -32,20 +27,19 @@ public:
     TraceHooks(const TraceHooks&) = delete;
     TraceHooks& operator=(const TraceHooks&) = delete;
 
-    static inline std::vector<Line> lines;
+    // PLACE|FORMAT|TEXT|TEXT...
+    static inline std::vector<std::string> lines;
     static inline bool wants_lines;
     static inline unsigned period;
 
 private:
     static bool take(const tarvcore::SourceLocation& where, const tarvcore::SourceString& format,
                      const char* data, unsigned size) {
+        std::string texts(data, size + 1);  // each ends with a NUL, the last one's is not counted
+        std::replace(texts.begin(), texts.end(), '\0', '|');
         static std::mutex mutex;
         const std::lock_guard guard(mutex);
-        Line line = {where.file_depot_path(), format.as_string(), {}};
-        // Each text ends with a NUL, the last one with that which is not counted.
-        for (unsigned at = 0; at <= size; at += line.texts.back().size() + 1)
-            line.texts.emplace_back(data + at);
-        lines.push_back(std::move(line));
+        lines.push_back(where.file_depot_path() + '|' + format.as_string() + '|' + texts);
         return true;
     }
 };
