@@ -17,16 +17,19 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "tarvcore/abs_rel_time.h"
-#include "tarvcore/ucsutil.h"
+#include "tarvcore/to_string.h"
 #include "tests/support/child_process.h"
+#include "tests/support/pattern.h"
 //
 #include <windows.h>
 
 namespace {
 
+using tarv_test::agrees;
 using tarv_test::Outcome;
 using tarv_test::run_program;
 
@@ -50,24 +53,9 @@ private:
     const std::filesystem::path path_ = std::filesystem::temp_directory_path() / L"tarvcore_demo";
 };
 
-std::wstring wide(const std::string& utf8) {
-    std::wstring text;
-    for (unsigned i = 0; i < utf8.size();) {
-        const auto lead = static_cast<unsigned char>(utf8[i++]);
-        const unsigned more = lead < 0xC0 ? 0 : lead < 0xE0 ? 1 : 2;
-        unsigned c = more == 0 ? lead : lead & (0x3Fu >> more);
-        for (unsigned k = 0; k < more; ++k) {
-            c = c << 6 | (static_cast<unsigned char>(utf8.at(i++)) & 0x3Fu);
-        }
-        text += static_cast<wchar_t>(c);
-    }
-    return text;
-}
-
 // What a terminal showed: a command after "$ ", what it wrote to standard output and, after "2> ",
-// to standard error, and its exit status in brackets unless that is 0.  "…" stands for any text
-// within a line, and on a line of its own for any number of lines.  Headings begin with "# ", and
-// with the empty line above them.
+// to standard error, and its exit status in brackets unless that is 0.  Output may be a pattern.
+// Headings begin with "# ", and with the empty line above them.
 struct Case {
     unsigned line;
     std::string command;
@@ -105,15 +93,14 @@ std::vector<std::string> words_of(const std::string& command) {
     bool in_word = false;
     char quote = '\0';
     for (const char c : command) {
+        if (c == ' ' && quote == '\0') {
+            in_word = false;
+            continue;
+        }
+        if (!std::exchange(in_word, true)) words.emplace_back();
         if (quote != '\0' ? c == quote : c == '\'' || c == '"') {
             quote = quote != '\0' ? '\0' : c;
-            if (!in_word) words.emplace_back();
-            in_word = true;
-        } else if (c == ' ' && quote == '\0') {
-            in_word = false;
         } else {
-            if (!in_word) words.emplace_back();
-            in_word = true;
             words.back() += c;
         }
     }
@@ -139,20 +126,6 @@ std::string unescaped(const std::string& format) {
     return text;
 }
 
-bool agree(std::string_view pattern, std::string_view text) {
-    constexpr std::string_view any = "\xE2\x80\xA6";
-    const auto gap = pattern.find(any);
-    if (gap == pattern.npos) return pattern == text;
-    if (text.substr(0, gap) != pattern.substr(0, gap)) return false;
-    std::string_view rest = pattern.substr(gap + any.size());
-    const bool lines = (gap == 0 || text[gap - 1] == '\n') && rest.starts_with('\n');
-    const auto end = lines ? text.npos : text.find('\n', gap);
-    for (auto i = gap; i <= std::min(end, text.size()); ++i) {
-        if (agree(rest, text.substr(i))) return true;
-    }
-    return false;
-}
-
 Outcome run_command(const std::string& command) {
     std::vector<std::string> words = words_of(command);
     std::string input;
@@ -163,7 +136,7 @@ Outcome run_command(const std::string& command) {
     if (words.at(0) != "tarv" && words.at(0) != "./tarv") throw std::runtime_error("what is this?");
     std::vector<std::wstring> arguments;
     for (unsigned i = 1; i < words.size(); ++i) {
-        arguments.push_back(wide(words[i]));
+        arguments.push_back(tarvcore::to_wstring(words[i], L'?', nullptr));
     }
     return tarv(arguments, input);
 }
@@ -181,10 +154,8 @@ void run_cases(std::istream& file, const std::string& name, unsigned least) {
         SCOPED_TRACE(name + ':' + std::to_string(c.line) + ": " + c.command);
         const Outcome outcome = running.front().get();
         running.pop_front();
-        EXPECT_TRUE(agree(c.output, outcome.output)) << c.output << "but it was:\n"
-                                                     << outcome.output;
-        EXPECT_TRUE(agree(c.errors, outcome.errors)) << c.errors << "but it was:\n"
-                                                     << outcome.errors;
+        EXPECT_TRUE(agrees(outcome.output, c.output));
+        EXPECT_TRUE(agrees(outcome.errors, c.errors));
         EXPECT_EQ(outcome.status, c.status);
     }
 }
@@ -273,13 +244,8 @@ TEST(Tarv, ConvertsAFileAsAWhole) {
         utf8 += parts[random() % 5] + std::string(run, '\x80');
         utf16 += units[random() % 4] + std::wstring(run, 0xD800);
     }
-    std::wstring wide(utf8.size(), L'\0');
-    wide.resize(
-        tarvcore::utf8_to_wstr(utf8.data(), utf8.size(), wide.data(), wide.size(), L'?', nullptr));
-    std::string narrow(3 * utf16.size(), '\0');
-    narrow.resize(tarvcore::wstr_to_utf8(utf16.data(), utf16.size(), narrow.data(), narrow.size(),
-                                         '?', nullptr));
-
+    const std::wstring wide = tarvcore::to_wstring(utf8, L'?', nullptr);
+    const std::string narrow = tarvcore::to_string(utf16, '?', nullptr);
     const auto converted = [](const wchar_t* from, const wchar_t* to, const std::string& bytes) {
         return tarv({L"text", L"convert", L"--from", from, L"--to", to, L"--replace", L"?",
                      L"--file", L"-"},
@@ -332,21 +298,17 @@ TEST(Tarv, ShowsACrashAndItsDump) {
     const TraceFolder folder;
     const Outcome outcome = tarv({L"demo", L"crash"});
     EXPECT_EQ(outcome.status, 3u);
-    EXPECT_TRUE(outcome.output.starts_with("Writing to address 0x10.")) << outcome.output;
+    EXPECT_TRUE(agrees(outcome.output, "Writing to address 0x10.…\n…"));
     const std::string& report = outcome.errors;
-    for (const char* part :
-         {"\nErrorCode:   error.exception.fault.accessViolation\n",
-          ": writing address 0x00000010 by thread 0x", " - !!!!! Aborting process NOW !!!!!\n"})
-        EXPECT_NE(report.find(part), report.npos) << part << report;
     const std::string announcement = "Created memory dump: ";
-    const auto begin = report.find(announcement);
-    ASSERT_NE(begin, report.npos) << report;
-    const auto end = report.find('\n', begin);
-    const std::filesystem::path path(
-        report.substr(begin + announcement.size(), end - begin - announcement.size()));
-    std::ifstream file(path, std::ios::binary);
+    ASSERT_TRUE(agrees(report,
+                       "…\nErrorCode:   error.exception.fault.accessViolation\n…\n"
+                       "    …: writing address 0x00000010 by thread 0x…\n…\n*** … - " +
+                           announcement + "…\n\n*** … - !!!!! Aborting process NOW !!!!!\n"));
+    const auto begin = report.find(announcement) + announcement.size();
+    const std::filesystem::path path(report.substr(begin, report.find('\n', begin) - begin));
     char signature[5] = {};
-    file.read(signature, 4);
+    std::ifstream(path, std::ios::binary).read(signature, 4);
     EXPECT_STREQ(signature, "MDMP") << path;
 }
 
