@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <ios>
 #include <new>
 #include <stdexcept>
@@ -16,6 +17,8 @@
 #include "tarvcore/error_composer.h"
 #include "tarvcore/exception_types.h"
 #include "tests/support/allocations.h"
+#include "tests/support/pattern.h"
+#include "tests/support/raised.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tests/error_exception_test.cpp#1 $");
 
@@ -26,6 +29,7 @@ using Ptr = ErrorInfo::Ptr;
 
 const SourceLocation here("here()", source_file_id, 7);
 const ErrorCode code("error.test.code", true);
+const std::string place = "here() //tests/error_exception_test.cpp\n< error.";
 
 // The record that an operation throws; null if it throws none.
 template <class Operation>
@@ -53,10 +57,9 @@ TEST(ErrorException, CarriesTheRecord) {
 
 TEST(ErrorException, ReplacesANullRecord) {
     const Ptr record = ErrorException(nullptr).error();
-    EXPECT_EQ(record->code(), error::tarvcore);
-    EXPECT_EQ(record->message(), "Unknown error (NULL ErrorInfo pointer)");
-    EXPECT_EQ(record->location().function(), "tarvcore::ErrorException::ErrorException()");
-    EXPECT_EQ(record->location().file_path(), "//tarvcore/error_exception.cpp");
+    EXPECT_EQ(tarv_test::raised([&] { throw_error(record); }),
+              "error.tarvcore Unknown error (NULL ErrorInfo pointer) [] "
+              "tarvcore::ErrorException::ErrorException() //tarvcore/error_exception.cpp");
     EXPECT_EQ(record->location().line(), 43u);
 }
 
@@ -90,34 +93,34 @@ TEST(ErrorException, HasATextWithoutMemory) {
 
 TEST(ErrorException, ThrowingFunctionsPutThePartsInPlace) {
     const Ptr nested = ErrorInfo::create(ErrorCode("error.nested"), "n", here);
-    const Ptr full = thrown_by([&] {
-        throw_error(code, SourceString("m"), ErrorParams().add("p", 1), here, nested,
-                    SourceString("host"));
-    });
-    EXPECT_EQ(full->params().get_value("p", 1), "1");
-    EXPECT_EQ(full->nested().get(), nested.get());
-    EXPECT_EQ(full->hostname(), "host");
-    EXPECT_EQ(thrown_by([&] { throw_error(code, "m", here, nested); })->nested().get(),
-              nested.get());
-
-    EXPECT_EQ(thrown_by([] { throw_errno(here, 13); })->code(), error::errno_EACCES);
-    EXPECT_EQ(thrown_by([] { throw_winerror(here, 2, false); })->code(), error::errno_ENOENT);
-    const Ptr with_errno =
-        thrown_by([] { throw_with_nested_errno(code, "m", ErrorParams().add("p", 2), here, 28); });
-    EXPECT_EQ(with_errno->nested()->code(), error::errno_ENOSPC);
-    EXPECT_EQ(with_errno->params().size(), 1u);
-    EXPECT_EQ(thrown_by([] { throw_with_nested_winerror(code, "m", here, 5, true); })
-                  ->nested()
-                  ->nested()
-                  ->code(),
-              "error.os.windows.5");
-    EXPECT_EQ(
-        thrown_by([] { throw_with_nested_exception(code, "m", here, std::out_of_range("why")); })
-            ->nested()
-            ->message(),
-        "why");
-    EXPECT_EQ(thrown_by([] { impl::raise_embedded_nul_error(); })->message(),
-              "String contains embedded NUL character and cannot be converted to a 'C'-string");
+    const struct {
+        std::function<void()> operation;
+        std::string raised;
+    } rows[] = {
+        {[&] {
+             throw_error(code, SourceString("m"), ErrorParams().add("p", 1), here, nested,
+                         SourceString("host"));
+         },
+         "error.test.code m ['p' => \"1\"] " + place + "nested"},
+        {[&] { throw_error(code, "m", here, nested); }, "error.test.code m [] " + place + "nested"},
+        {[] { throw_errno(here, 13); }, "error.errno.EACCES …"},
+        {[] { throw_winerror(here, 2, false); }, "error.errno.ENOENT …"},
+        {[] { throw_with_nested_errno(code, "m", ErrorParams().add("p", 2), here, 28); },
+         "error.test.code m ['p' => \"2\"] " + place + "errno.ENOSPC"},
+        {[] { throw_with_nested_winerror(code, "m", here, 5, true); },
+         "error.test.code m [] " + place + "errno.EACCES\n< error.os.windows.5"},
+        {[] { throw_with_nested_exception(code, "m", here, std::out_of_range("why")); },
+         "error.test.code m [] " + place + "exception.logic_error.out_of_range"},
+        {[] { impl::raise_embedded_nul_error(); },
+         "error.tarvcore.string.embeddedNul String contains embedded NUL character and cannot be "
+         "converted to a 'C'-string [] …"},
+    };
+    for (const auto& row : rows)
+        EXPECT_TRUE(tarv_test::agrees(tarv_test::raised(row.operation), row.raised));
+    EXPECT_EQ(thrown_by([&] {
+                  throw_error(code, "m", {}, here, nested, SourceString("host"));
+              })->hostname(),
+              "host");
 }
 
 TEST(ErrorComposer, MakesStoresAndThrows) {
@@ -135,14 +138,13 @@ TEST(ErrorComposer, MakesStoresAndThrows) {
     EXPECT_EQ(stored->nested()->code(), error::errno_EINVAL);
     EXPECT_TRUE(created->has_unique_ref()) << "the old record was released";
 
-    EXPECT_EQ(
-        thrown_by([&] { composer.create_transfer(nullptr, code, here, stored); })->nested().get(),
-        stored.get());
-    EXPECT_EQ(thrown_by([] {
-                  ErrorComposer("m").message("other").params({}).throw_with_nested_errno(code, here,
-                                                                                         2);
-              })->message(),
-              "other");
+    EXPECT_EQ(tarv_test::raised([&] { composer.create_transfer(nullptr, code, here, stored); }),
+              "error.test.code m v ['p' => \"v\", 'q' => \"w\"] " + place +
+                  "test.code\n< error.errno.EINVAL\n< error.os.windows.1234");
+    ErrorComposer other("m");
+    other.message("other").params({});
+    EXPECT_EQ(tarv_test::raised([&] { other.throw_with_nested_errno(code, here, 2); }),
+              "error.test.code other [] " + place + "errno.ENOENT");
 }
 
 TEST(ErrorBuilder, TurnsItsTextIntoATemplate) {
@@ -150,15 +152,12 @@ TEST(ErrorBuilder, TurnsItsTextIntoATemplate) {
     builder << "line " << 12 << " {@nativeCode} {@other}";
     const Ptr plain = builder.create(code, here);
     EXPECT_EQ(plain->message(), "line 12 {@nativeCode} {@other}");
-    EXPECT_TRUE(plain->params().empty());
     EXPECT_TRUE(builder.create(code, here, 0L)->params().empty());
-    const Ptr numbered = thrown_by([&] { builder.throw_error(code, here, -5L, plain); });
-    EXPECT_EQ(numbered->expanded_message().as_string(), "line 12 -5 {@other}");
-    EXPECT_EQ(numbered->native_code(), -5);
-    EXPECT_EQ(numbered->nested().get(), plain.get());
     EXPECT_EQ(
-        thrown_by([&] { builder.throw_with_nested_errno(code, here, 10035); })->nested()->code(),
-        error::errno_EAGAIN);
+        tarv_test::raised([&] { builder.throw_error(code, here, -5L, plain); }),
+        "error.test.code line 12 -5 {@other} ['nativeCode' => \"-5\"] " + place + "test.code");
+    EXPECT_EQ(tarv_test::raised([&] { builder.throw_with_nested_errno(code, here, 10035); }),
+              "error.test.code line 12 {@nativeCode} {@other} [] " + place + "errno.EAGAIN");
 }
 
 struct Unknown : std::exception {

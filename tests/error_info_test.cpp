@@ -8,11 +8,13 @@
 #include <sstream>
 #include <streambuf>
 #include <string>
-#include <thread>
+#include <utility>
 
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_exception.h"
 #include "tests/support/allocations.h"
+#include "tests/support/raised.h"
+#include "tests/support/threads.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tests/error_info_test.cpp#1 $");
 
@@ -82,52 +84,34 @@ TEST(ErrorInfo, FindsTheFirstRecordOfAFamily) {
 }
 
 TEST(ErrorInfo, ReadsNativeCodes) {
-    const struct {
-        const char* text;
-        long code;
-    } rows[] = {
-        {"13", 13},
-        {"0x10", 16},
-        {"0X1f", 31},
-        {"010", 8},
-        {"-7", -7},
-        {"+7", 7},
-        {"0", 0},
-        {"12abc", 0},
-        {"", 0},
-        {" 1", 0},
-        {"1 ", 0},
-        {"08", 0},
-        {"0x", 0},
-        {"--1", 0},
-        {"-+1", 0},
-        {"4294967295", -1},
-        {"4294967296", 0},
-        {"0x80070005", -2147024891},
-        {"-2147483648", -2147483647 - 1},
-        {"-2147483649", 0},
-        {"99999999999999999999", 0},
+    const auto code_of = [](const ErrorParams& params) {
+        return ErrorInfo::create(ErrorCode(), "", params, here)->native_code();
     };
-    for (const auto& row : rows) {
-        const Ptr record =
-            ErrorInfo::create(ErrorCode(), "", ErrorParams().add("errno", row.text), here);
-        EXPECT_EQ(record->native_code(), row.code) << row.text;
-    }
+    const std::pair<const char*, long> rows[] = {{"13", 13},
+                                                 {"0x10", 16},
+                                                 {"0X1f", 31},
+                                                 {"010", 8},
+                                                 {"-7", -7},
+                                                 {"+7", 7},
+                                                 {"0", 0},
+                                                 {"4294967295", -1},
+                                                 {"0x80070005", -2147024891},
+                                                 {"-2147483648", -2147483647 - 1}};
+    for (const auto& [text, code] : rows)
+        EXPECT_EQ(code_of(ErrorParams().add("errno", text)), code) << text;
+    for (const char* text : {"12abc", "", " 1", "1 ", "08", "0x", "--1", "-+1", "4294967296",
+                             "-2147483649", "99999999999999999999"})
+        EXPECT_EQ(code_of(ErrorParams().add("errno", text)), 0) << text;
     ErrorParams params;
-    EXPECT_EQ(ErrorInfo::create(ErrorCode(), "", params, here)->native_code(), 0);
-    params.add("winErrorCode", 1);
-    params.add("errno", 2);
-    EXPECT_EQ(ErrorInfo::create(ErrorCode(), "", params, here)->native_code(), 2);
+    EXPECT_EQ(code_of(params), 0);
+    params.add("winErrorCode", 1).add("errno", 2);
+    EXPECT_EQ(code_of(params), 2);
     params.add("nativeCode", "nonsense");
-    EXPECT_EQ(ErrorInfo::create(ErrorCode(), "", params, here)->native_code(), 0)
-        << "the first one present decides";
+    EXPECT_EQ(code_of(params), 0) << "the first one present decides";
     params.add("nativeCode", std::string("1\0", 2));
-    try {
-        ErrorInfo::create(ErrorCode(), "", params, here)->native_code();
-        FAIL();
-    } catch (const ErrorException& e) {
-        EXPECT_TRUE(e.matches(error::tarvcore_string_embeddedNul));
-    }
+    EXPECT_TRUE(tarv_test::raised([&] {
+                    code_of(params);
+                }).starts_with("error.tarvcore.string.embeddedNul "));
 }
 
 TEST(ErrorInfo, EqualityLooksAtCausesAloneAndCompareAtAll) {
@@ -216,9 +200,7 @@ TEST(ErrorInfo, NestsTenThousandDeep) {
 TEST(ErrorInfo, SharesLazyLengthsBetweenThreads) {
     const Ptr record = ErrorInfo::create(error::tarvcore_uuid_parse, "a literal message", here);
     std::uint32_t hashes[2] = {};
-    std::thread other([&] { hashes[0] = record->hash(); });
-    hashes[1] = record->hash();
-    other.join();
+    tarv_test::run_threads(2, [&](unsigned i) { hashes[i] = record->hash(); });
     EXPECT_EQ(hashes[0], hashes[1]);
 }
 

@@ -154,7 +154,7 @@ TEST(DebugHelpLock, IsForOneAndNotRecursive) {
     const impl::DebugHelpLock lock;
     EXPECT_TRUE(lock.is_held());
     EXPECT_FALSE(impl::DebugHelpLock().is_held());
-    EXPECT_TRUE(lock.is_held());
+    EXPECT_FALSE(impl::DebugHelpLock().is_held()) << "given back by one that had it not";
 }
 
 }  // namespace

@@ -7,19 +7,21 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <any>
+#include <atomic>
 #include <map>
-#include <optional>
 #include <random>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "tarvcore/source_string.h"
 #include "tarvcore/string_key.h"
 #include "tarvcore/uuid_key.h"
 #include "tests/support/allocations.h"
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -96,7 +98,6 @@ TEST(StringKey, OneForEveryText) {
 
         const std::unordered_set<StringKey> set = {first, second, longer, StringKey()};
         EXPECT_EQ(set.size(), 3u);
-        EXPECT_TRUE(set.contains("abcd"));
         const std::map<StringKey, int> map = {{first, 1}, {longer, 2}};
         EXPECT_EQ(map.at(second), 1);
     }
@@ -115,13 +116,10 @@ TEST(UuidKey, OneForEveryIdentifier) {
         EXPECT_EQ(uuid_key_count(), before + 2);
         EXPECT_EQ(first, second);
         EXPECT_NE(first, other);
-        EXPECT_EQ(first.uuid(), some_uuid);
         EXPECT_EQ(&first.uuid(), &second.uuid());
         EXPECT_EQ(first.token()->uuid(), some_uuid);
-        EXPECT_EQ(traced(first), some_uuid.as_string());
         EXPECT_EQ(first.as_object_key(), second.as_object_key());
         EXPECT_NE(first.as_object_key(), other.as_object_key());
-        EXPECT_EQ(first.as_object_key().hash(), first.hash());
         EXPECT_EQ(traced(first.as_object_key()), some_uuid.as_string());
     }
     EXPECT_EQ(uuid_key_count(), before);
@@ -165,31 +163,24 @@ TEST(StringKey, MovesAndTransfersLeaveTheEmptyText) {
 TEST(StringKey, ValuesOutliveAllButTheLast) {
     const unsigned texts = string_key_count();
     const unsigned uuids = uuid_key_count();
+    constexpr char text[] = "some text that is longer than a string's own place";
     std::vector<unsigned> order = {0, 1, 2, 3};
     do {
-        std::optional<StringKey> first("some text that is longer than a string's own place");
-        std::optional<StringKey> second(*first);
-        std::optional<StringKey> third(first->as_string().c_str());
-        std::optional<SourceString> source(*third);
-        std::optional<UuidKey> uuid_first(some_uuid);
-        std::optional<UuidKey> uuid_second(some_uuid);
-        std::optional<ObjectKey> object(uuid_first->as_object_key());
-        std::optional<ObjectKey> object_copy(object);
+        StringKey key(text);
+        UuidKey uuid_key(some_uuid);
+        std::any values[] = {std::pair(key, uuid_key), std::pair(StringKey(text), uuid_key),
+                             std::pair(key, uuid_key.as_object_key()),
+                             std::pair(SourceString(key), uuid_key.as_object_key())};
+        const char* const interned = key.text();
+        const Uuid& interned_uuid = uuid_key.uuid();
+        key.clear();
+        uuid_key.clear();
         for (const unsigned next : order) {
             EXPECT_EQ(string_key_count(), texts + 1);
             EXPECT_EQ(uuid_key_count(), uuids + 1);
-            if (next == 0) first.reset(), uuid_first.reset();
-            if (next == 1) second.reset(), uuid_second.reset();
-            if (next == 2) third.reset(), object.reset();
-            if (next == 3) source.reset(), object_copy.reset();
-            for (const auto* key : {&first, &second, &third}) {
-                if (*key) {
-                    EXPECT_EQ((*key)->as_string_view().substr(0, 9), "some text");
-                }
-            }
-            if (object_copy) {
-                EXPECT_EQ(traced(*object_copy), some_uuid.as_string());
-            }
+            EXPECT_STREQ(interned, text);
+            EXPECT_EQ(interned_uuid, some_uuid);
+            values[next].reset();
         }
         EXPECT_EQ(string_key_count(), texts);
         EXPECT_EQ(uuid_key_count(), uuids);
@@ -227,31 +218,26 @@ TEST(StringKey, TakesMemoryForNewTextsOnly) {
 TEST(StringKey, ThreadsMakeAndDropAMillion) {
     const unsigned texts = string_key_count();
     const unsigned uuids = uuid_key_count();
-    std::vector<int> failures(8);
-    std::vector<std::thread> threads;
-    for (int& failed : failures) {
-        threads.emplace_back([&failed, number = &failed - failures.data()] {
-            std::mt19937 random(static_cast<unsigned>(number));
-            std::vector<StringKey> keys(100);
-            std::vector<UuidKey> uuid_keys(100);
-            for (int i = 0; i < 62'500; ++i) {
-                std::string text = std::to_string(random() % 50);
-                if (i % 3 == 0) text += '@' + std::to_string(number) + '/' + std::to_string(i);
-                StringKey& key = keys[random() % keys.size()];
-                key = StringKey(text.data(), text.size());
-                failed += key.as_string_view() != text;
+    std::atomic<unsigned> failures = 0;
+    tarv_test::run_threads(8, [&](unsigned number) {
+        std::mt19937 random(number);
+        std::vector<StringKey> keys(100);
+        std::vector<UuidKey> uuid_keys(100);
+        for (unsigned i = 0; i < 62'500; ++i) {
+            std::string text = std::to_string(random() % 50);
+            if (i % 3 == 0) text += '@' + std::to_string(number) + '/' + std::to_string(i);
+            StringKey& key = keys[random() % keys.size()];
+            key = StringKey(text.data(), text.size());
+            failures += key.as_string_view() != text;
 
-                Uuid::BinaryData data = {{static_cast<unsigned char>(random() % 50 + 1)}};
-                if (i % 3 == 0) data.bytes[8] = static_cast<unsigned char>(number);
-                UuidKey& uuid_key = uuid_keys[random() % uuid_keys.size()];
-                uuid_key = UuidKey(Uuid(data));
-                failed += uuid_key.uuid() != Uuid(data);
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(std::count(failures.begin(), failures.end(), 0), 8);
+            Uuid::BinaryData data = {{static_cast<unsigned char>(random() % 50 + 1)}};
+            if (i % 3 == 0) data.bytes[8] = static_cast<unsigned char>(number);
+            UuidKey& uuid_key = uuid_keys[random() % uuid_keys.size()];
+            uuid_key = UuidKey(Uuid(data));
+            failures += uuid_key.uuid() != Uuid(data);
+        }
+    });
+    EXPECT_EQ(failures, 0u);
     EXPECT_EQ(string_key_count(), texts);
     EXPECT_EQ(uuid_key_count(), uuids);
 }

@@ -7,12 +7,12 @@
 
 #include <algorithm>
 #include <set>
-#include <thread>
 #include <unordered_set>
 #include <vector>
 
 #include "tarvcore/impl/uuid_calls.h"
 #include "tests/support/scoped_calls.h"
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -45,19 +45,6 @@ protected:
         now -= by;
         last_ = Uuid();
     }
-    // The bytes as they are stored: time, nodes, counter.
-    static std::string plain(const Uuid& uuid) {
-        unsigned char bytes[16];
-        uuid.write_binary(bytes);
-        std::string text;
-        for (unsigned i = 0; i < 16; ++i) {
-            if (i == 8 || i == 10 || i == 14) text += ' ';
-            text += "0123456789abcdef"[bytes[i] >> 4];
-            text += "0123456789abcdef"[bytes[i] & 15];
-        }
-        return text;
-    }
-
     impl::SequentialUuids uuids_;
 
 private:
@@ -67,22 +54,23 @@ private:
 };
 
 TEST_F(SequentialUuids, AreMadeOfTimeNodesAndCounter) {
-    // Time, version; node1 0xFEB0C001: its low half byte and its second byte; node2; counter.
-    EXPECT_EQ(plain(take()), "11223344556677d0 81c0 02c0b0fe 0001");
-    EXPECT_EQ(plain(take()), "11223344556677d0 81c0 02c0b0fe 0002");
+    // Time 0x11223344556677 and version; node1 0xFEB0C001: its low half byte and its second byte;
+    // node2; counter.  Texts have the bytes of the first three groups in reverse.
+    EXPECT_EQ(take().as_string(), "44332211-6655-d077-81c0-02c0b0fe0001");
+    EXPECT_EQ(take().as_string(), "44332211-6655-d077-81c0-02c0b0fe0002");
     now += 0x100;
-    EXPECT_EQ(plain(take()), "11223344556678d0 81c0 02c0b0fe 0001");
+    EXPECT_EQ(take().as_string(), "44332211-6655-d078-81c0-02c0b0fe0001");
     EXPECT_EQ(draws, 2u);
     EXPECT_EQ(take().version(), Uuid::version_sequential);
     EXPECT_EQ(take().timestamp(), 0x01223344556678D0u);
 }
 
 TEST_F(SequentialUuids, GoOnWhileTheClockStands) {
-    EXPECT_EQ(plain(take(65'535)), "11223344556677d0 81c0 02c0b0fe ffff");
-    EXPECT_EQ(plain(take()), "11223344556677d0 81c0 02c0b0ff 0000");
-    EXPECT_EQ(plain(take(70'000 - 65'536)), "11223344556677d0 81c0 02c0b0ff 1170");
+    EXPECT_EQ(take(65'535).as_string(), "44332211-6655-d077-81c0-02c0b0feffff");
+    EXPECT_EQ(take().as_string(), "44332211-6655-d077-81c0-02c0b0ff0000");
+    EXPECT_EQ(take(70'000 - 65'536).as_string(), "44332211-6655-d077-81c0-02c0b0ff1170");
     // The node carries into its next byte.
-    EXPECT_EQ(plain(take(65'536)), "11223344556677d0 81c0 02c0b100 1170");
+    EXPECT_EQ(take(65'536).as_string(), "44332211-6655-d077-81c0-02c0b1001170");
 }
 
 TEST_F(SequentialUuids, CountOnWithinOneVisibleTime) {
@@ -91,11 +79,11 @@ TEST_F(SequentialUuids, CountOnWithinOneVisibleTime) {
         now += 100;
     }
     now = 0x1122334455777700;
-    EXPECT_EQ(plain(take()), "11223344557777d0 81c0 02c0b0fe 0001");
+    EXPECT_EQ(take().as_string(), "44332211-7755-d077-81c0-02c0b0fe0001");
     now += 0xFF;
-    EXPECT_EQ(plain(take()), "11223344557777d0 81c0 02c0b0fe 0002");
+    EXPECT_EQ(take().as_string(), "44332211-7755-d077-81c0-02c0b0fe0002");
     set_back(0xFF);  // which does not show
-    EXPECT_EQ(plain(take()), "11223344557777d0 81c0 02c0b0fe 0003");
+    EXPECT_EQ(take().as_string(), "44332211-7755-d077-81c0-02c0b0fe0003");
     EXPECT_EQ(draws, 2u);
 }
 
@@ -104,24 +92,19 @@ TEST_F(SequentialUuids, GetOtherNodesWhenTheClockIsSetBack) {
     now += 3'600'000'000'000;
     take(3);
     set_back(3'600'000'000'000);
-    EXPECT_EQ(plain(take()), "11223344556677d0 83c0 04c0b0fe 0001");
+    EXPECT_EQ(take().as_string(), "44332211-6655-d077-83c0-04c0b0fe0001");
     EXPECT_EQ(draws, 4u);
     set_back(0x100);
-    EXPECT_EQ(plain(take()), "11223344556676d0 85c0 06c0b0fe 0001");
+    EXPECT_EQ(take().as_string(), "44332211-6655-d076-85c0-06c0b0fe0001");
     now += 0x100;
-    EXPECT_EQ(plain(take()), "11223344556677d0 85c0 06c0b0fe 0001");
+    EXPECT_EQ(take().as_string(), "44332211-6655-d077-85c0-06c0b0fe0001");
 }
 
 // With the clock and the bits of the system.
 TEST(Uuid, SequentialOnesDifferBetweenThreads) {
     std::vector<std::vector<Uuid>> made(4, std::vector<Uuid>(20'000));
-    std::vector<std::thread> threads;
-    for (auto& mine : made) {
-        threads.emplace_back(
-            [&mine] { std::generate(mine.begin(), mine.end(), Uuid::create_sequential); });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    tarv_test::run_threads(
+        4, [&](unsigned i) { std::ranges::generate(made[i], Uuid::create_sequential); });
     std::set<Uuid> all;
     for (const auto& mine : made) {
         EXPECT_TRUE(std::is_sorted(mine.begin(), mine.end()));

@@ -10,7 +10,6 @@
 #include <cctype>
 #include <cstdio>
 #include <random>
-#include <set>
 #include <sstream>
 #include <string>
 #include <unordered_set>
@@ -102,8 +101,6 @@ TEST(Uuid, TextGoesThereAndBackInItsBounds) {
     os << uuid << ' ' << Uuid::Trace(uuid, Uuid::format_braced);
     EXPECT_EQ(os.str(),
               "7c9e6679-7425-40de-944b-e07fc1f90ae7 {7c9e6679-7425-40de-944b-e07fc1f90ae7}");
-    EXPECT_EQ(Uuid().as_string(), "00000000-0000-0000-0000-000000000000");
-    EXPECT_TRUE(Uuid::from_string("{00000000-0000-0000-0000-000000000000}").is_null());
 }
 
 // Every value of every character, every length, and characters that other readers would pass over.
@@ -150,27 +147,24 @@ TEST(Uuid, TakesNoOtherText) {
 TEST(Uuid, FieldsStandWhereTheyShould) {
     const struct {
         Uuid uuid;
-        const char* text;
-        unsigned version, flags, sequence;
-        std::uint64_t timestamp;
+        const char* fields;  // the text; version, flags, sequence, timestamp in hexadecimal
     } rows[] = {
         {Uuid(Uuid::version_time_based, 0xFEDC, node, 0x0123456789ABCDEF),
-         "89abcdef-4567-1123-bedc-a1b2c3d4e5f6", 1, 0x12, 0x3EDC, 0x0123456789ABCDEF},
+         "89abcdef-4567-1123-bedc-a1b2c3d4e5f6 1 12 3edc 123456789abcdef"},
         {Uuid(Uuid::version_time_based, 0, node, 0xF123456789ABCDEF),
-         "89abcdef-4567-1123-8000-a1b2c3d4e5f6", 1, 0x12, 0, 0x0123456789ABCDEF},
+         "89abcdef-4567-1123-8000-a1b2c3d4e5f6 1 12 0 123456789abcdef"},
         {Uuid(Uuid::version_time_based, 0x4001, node, 0xFFFFF123456789AB, 0x5A),
-         "456789ab-f123-15af-8001-a1b2c3d4e5f6", 1, 0x5A, 1, 0x05AFF123456789AB},
+         "456789ab-f123-15af-8001-a1b2c3d4e5f6 1 5a 1 5aff123456789ab"},
         {Uuid(data_of(uuid_of({0, 1, 2, 3, 4, 5, 6, 7, 0xF8, 9})), Uuid::version_sequential),
-         "03020100-0504-d706-b809-000000000000", 13, 0x70, 0x3809, 0x00010203040506D7},
+         "03020100-0504-d706-b809-000000000000 d 70 3809 10203040506d7"},
         {Uuid(data_of(uuid_of({1, 2, 3, 4, 5, 6, 0x78, 0xFF, 0xFF, 0xFF})), Uuid::version_random),
-         "04030201-0605-4f78-bfff-000000000000", 4, 0xF7, 0x3FFF, 0x0F78060504030201},
+         "04030201-0605-4f78-bfff-000000000000 4 f7 3fff f78060504030201"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.uuid.as_string(), row.text);
-        EXPECT_EQ(row.uuid.version(), row.version) << row.text;
-        EXPECT_EQ(row.uuid.custom_flags(), row.flags) << row.text;
-        EXPECT_EQ(row.uuid.sequence(), row.sequence) << row.text;
-        EXPECT_EQ(row.uuid.timestamp(), row.timestamp) << row.text;
+    for (const auto& [uuid, fields] : rows) {
+        std::ostringstream os;
+        os << uuid << std::hex << ' ' << uuid.version() << ' ' << unsigned{uuid.custom_flags()}
+           << ' ' << uuid.sequence() << ' ' << uuid.timestamp();
+        EXPECT_EQ(os.str(), fields);
     }
     Uuid::NodeAddress read = {};
     rows[0].uuid.get_node_address(read);
@@ -207,8 +201,6 @@ TEST(Uuid, OrdersAreThoseOfBytesAndTexts) {
         ASSERT_EQ(a >= b, order >= 0) << a << b;
         ASSERT_EQ(Uuid::StringLess()(a, b), a.as_string() < b.as_string()) << a << b;
     }
-    EXPECT_LT(uuid_of({0, 1}), uuid_of({0xFF}));  // 0x100 and 0xff
-    EXPECT_TRUE(Uuid::StringLess()(uuid_of({0xFF}), uuid_of({0, 1})));
 }
 
 TEST(Uuid, RandomOnesUseAllOtherBits) {
