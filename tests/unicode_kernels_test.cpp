@@ -7,93 +7,76 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <string>
 #include <vector>
 
-#include "tarvcore/impl/simd_level.h"
 #include "tests/support/conversion_oracle.h"
 #include "tests/support/guarded_memory.h"
+#include "tests/support/simd_levels.h"
 #include "tests/support/trials.h"
-#include "tests/support/unicode_oracle.h"
 
 namespace {
 
 using namespace tarvcore::impl;
 using namespace tarv_test;
 
-constexpr SimdLevel levels[] = {SimdLevel::sse2, SimdLevel::ssse3, SimdLevel::sse41,
-                                SimdLevel::avx2};
-
 class UnicodeKernels : public testing::Test {
 protected:
     ~UnicodeKernels() override { force_simd_level(SimdLevel::avx2); }
 
+    // Room for a text right in front of a guard, and a text put there.
+    template <class T>
+    static T* last(const GuardedMemory& memory, std::size_t count) {
+        return reinterpret_cast<T*>(memory.before_guard(static_cast<unsigned>(count * sizeof(T))));
+    }
+    template <class T>
+    const T* put(const std::vector<T>& text) const {
+        T* const begin = last<T>(source_memory_, text.size());
+        std::copy(text.begin(), text.end(), begin);
+        return begin;
+    }
+
+    // Converts and counts on every level, the source and the room each right in front of a guard.
+    template <class Unit, class SourceUnit>
+    void check(Conversion<SourceUnit, Unit> convert, const std::vector<SourceUnit>& source,
+               unsigned capacity) const {
+        std::vector<Unit> expected;
+        const auto progress = fields(expected_progress(source, capacity, expected));
+        const SourceUnit* const text = put(source);
+        Unit* const room = last<Unit>(destination_memory_, capacity);
+        at_each_level([&](SimdLevel level) {
+            // What another level has left there would be right.
+            std::fill_n(room, capacity, static_cast<Unit>(0xA5A5A5A5));
+            const auto result = fields(convert(text, source.size(), room, capacity));
+            const auto count = fields(convert(text, source.size(), nullptr, capacity));
+            ASSERT_TRUE(result == progress && count == progress &&
+                        std::equal(expected.begin(), expected.end(), room))
+                << testing::PrintToString(std::tuple(result, count)) << " for "
+                << testing::PrintToString(progress) << ", level " << static_cast<int>(level)
+                << ", capacity " << capacity << ", to " << sizeof(Unit)
+                << " bytes\nsource: " << testing::PrintToString(source)
+                << "\nexpected: " << testing::PrintToString(expected);
+        });
+    }
+    void check_utf8(const Bytes& source, unsigned capacity) const {
+        check(convert_utf8_to_utf16, source, capacity);
+        check(convert_utf8_to_ucs4, source, capacity);
+    }
+
+    // With room to spare, exactly enough and anything less.
+    template <class Unit, class SourceUnit>
+    void check_capacities(Conversion<SourceUnit, Unit> convert,
+                          const std::vector<SourceUnit>& source, CharacterSource& random) const {
+        std::vector<Unit> converted;
+        const unsigned needed = expected_progress(source, 0xFFFFFFFF, converted).written;
+        for (const unsigned capacity :
+             {needed + random.below(80), needed, needed - (needed != 0), random.below(needed + 1)})
+            check(convert, source, capacity);
+    }
+
     const GuardedMemory source_memory_{1 << 16};
     const GuardedMemory destination_memory_{1 << 18};
 };
-
-// Room for a text right in front of a guard, and a text put there.
-template <class T>
-T* last(const GuardedMemory& memory, std::size_t count) {
-    return reinterpret_cast<T*>(memory.before_guard(static_cast<unsigned>(count * sizeof(T))));
-}
-template <class T>
-const T* put(const GuardedMemory& memory, const std::vector<T>& text) {
-    T* const begin = last<T>(memory, text.size());
-    std::copy(text.begin(), text.end(), begin);
-    return begin;
-}
-
-template <class T>
-std::string shown(const std::vector<T>& text) {
-    std::string digits;
-    char number[12];
-    for (const T unit : text) {
-        std::snprintf(number, sizeof number, "%X ",
-                      static_cast<unsigned>(static_cast<std::make_unsigned_t<T>>(unit)));
-        digits += number;
-    }
-    return digits;
-}
-
-// Converts and counts on every level, the source and the room each right in front of a guard.
-template <class Unit, class SourceUnit>
-void check(const GuardedMemory& source_memory, const GuardedMemory& destination_memory,
-           const std::vector<SourceUnit>& source, unsigned capacity) {
-    std::vector<Unit> expected;
-    const Progress progress = expected_progress(source, capacity, expected);
-    const SourceUnit* const text = put(source_memory, source);
-    const auto length = static_cast<unsigned>(source.size());
-    for (const SimdLevel level : levels) {
-        force_simd_level(level);
-        Unit* const room = last<Unit>(destination_memory, capacity);
-        // What another level has left there would be right.
-        std::fill_n(room, capacity, static_cast<Unit>(0xA5A5A5A5));
-        const Progress result = bulk_convert(text, length, room, capacity);
-        const Progress count = bulk_convert(text, length, static_cast<Unit*>(nullptr), capacity);
-        ASSERT_TRUE(same(result, progress) && same(count, progress) &&
-                    std::equal(expected.begin(), expected.end(), room))
-            << "level " << static_cast<int>(level) << ", capacity " << capacity << ", to "
-            << sizeof(Unit) << " bytes, read " << result.read << " and " << count.read << " of "
-            << progress.read << ", written " << result.written << " and " << count.written << " of "
-            << progress.written << ", status " << static_cast<int>(result.status) << " and "
-            << static_cast<int>(count.status) << "\nsource: " << shown(source)
-            << "\nexpected: " << shown(expected);
-    }
-}
-
-// With room to spare, exactly enough and anything less.
-template <class Unit, class SourceUnit>
-void check_capacities(const GuardedMemory& source_memory, const GuardedMemory& destination_memory,
-                      const std::vector<SourceUnit>& source, CharacterSource& random) {
-    std::vector<Unit> converted;
-    const unsigned needed = expected_progress(source, 0xFFFFFFFF, converted).written;
-    const unsigned capacities[] = {needed + random.below(80), needed, needed - (needed != 0),
-                                   random.below(needed + 1)};
-    for (const unsigned capacity : capacities)
-        check<Unit>(source_memory, destination_memory, source, capacity);
-}
 
 TEST_F(UnicodeKernels, ConvertLikeTheOracle) {
     CharacterSource random(3);
@@ -119,11 +102,10 @@ TEST_F(UnicodeKernels, ConvertLikeTheOracle) {
             }
             if (damage % 4 == 0) utf8.erase(utf8.end() - 1);
         }
-        SCOPED_TRACE("trial " + std::to_string(trial));
-        check_capacities<std::uint16_t>(source_memory_, destination_memory_, utf8, random);
-        check_capacities<std::uint32_t>(source_memory_, destination_memory_, utf8, random);
-        check_capacities<char>(source_memory_, destination_memory_, utf16, random);
-        check_capacities<char>(source_memory_, destination_memory_, ucs4, random);
+        check_capacities(convert_utf8_to_utf16, utf8, random);
+        check_capacities(convert_utf8_to_ucs4, utf8, random);
+        check_capacities(convert_utf16_to_utf8, utf16, random);
+        check_capacities(convert_ucs4_to_utf8, ucs4, random);
     }
 }
 
@@ -135,12 +117,9 @@ TEST_F(UnicodeKernels, SeeTheEndOfTheSource) {
             Bytes text(before, 'a');
             for (const char byte : oracle_utf8(c)) {
                 text.push_back(byte);
-                check<std::uint16_t>(source_memory_, destination_memory_, text, 100);
-                check<std::uint32_t>(source_memory_, destination_memory_, text, 100);
-                const char* const placed = put(source_memory_, text);
-                const unsigned valid =
-                    oracle_decode(text, before).units != 0 ? text.size() : before;
-                ASSERT_EQ(valid_utf8_prefix(placed, text.size()), valid) << shown(text);
+                ASSERT_NO_FATAL_FAILURE(check_utf8(text, 100));
+                const bool good = oracle_decode(text, before).units != 0;
+                ASSERT_EQ(valid_utf8_prefix(put(text), text.size()), good ? text.size() : before);
             }
         }
     }
@@ -148,31 +127,21 @@ TEST_F(UnicodeKernels, SeeTheEndOfTheSource) {
 
 // Any first byte with seconds of every kind around a block's end, where blocks of every kind meet.
 TEST_F(UnicodeKernels, SeeABadSequenceAcrossBlocks) {
-    const std::string befores[] = {"a", oracle_utf8(0xE9), oracle_utf8(0x6F22),
-                                   oracle_utf8(0x1F600)};
-    const std::string afters[] = {"a", oracle_utf8(0xE9),
-                                  "\x80"
-                                  "a",
-                                  "\x80\x80"
-                                  "a"};
-    const auto append = [](Bytes& text, const std::string& more) {
-        text.insert(text.end(), more.begin(), more.end());
-    };
+    const std::string befores[] = {"a", "\u00E9", "\u6F22", "\U0001F600"};
+    const std::string afters[] = {"a", "\u00E9", "\x80" + std::string("a"),
+                                  "\x80\x80" + std::string("a")};
     for (unsigned pair = 0; pair < 256 * 8 && !HasFatalFailure(); ++pair) {
         const char first = static_cast<char>(pair / 8);
         const char second = "\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0"[pair % 8];
         for (const std::string& before : befores) {
             for (const std::string& after : afters) {
-                Bytes text(pair % 3, 'b');
+                std::string text(pair % 3, 'b');
                 while (text.size() + before.size() <= 15)
-                    append(text, before);
+                    text += before;
                 text.resize(15, 'b');
-                text.push_back(first);
-                text.push_back(second);
-                append(text, after);
+                text += first + (second + after);
                 text.resize(40, 'c');
-                check<std::uint16_t>(source_memory_, destination_memory_, text, 40);
-                check<std::uint32_t>(source_memory_, destination_memory_, text, 40);
+                check_utf8({text.begin(), text.end()}, 40);
             }
         }
     }
@@ -186,10 +155,10 @@ TEST_F(UnicodeKernels, KnowEveryUtf16Unit) {
         if (!special && unit % 64 > 1) continue;
         Units16 text(unit % 32, static_cast<std::uint16_t>(unit % 5 * 0x400 + 'a'));
         text.push_back(static_cast<std::uint16_t>(unit));
-        check<char>(source_memory_, destination_memory_, text, 200);
+        check(convert_utf16_to_utf8, text, 200);
         text.push_back(others[unit / 32 % std::size(others)]);
         text.resize(48, 'z');
-        check<char>(source_memory_, destination_memory_, text, 200);
+        check(convert_utf16_to_utf8, text, 200);
     }
 }
 

@@ -1,5 +1,6 @@
-// Recorded CPUID values: their text, beside a reader that takes a line to pieces by position; and
-// what a processor with arbitrary values says of itself.
+// Recorded CPUID values: their text, beside a regular expression; and what a processor with
+// arbitrary values says of itself.
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -14,44 +15,21 @@ using tarvcore::hardware::CpuidRecording;
 using tarvcore::hardware::CpuidRegisters;
 using tarvcore::hardware::CpuInfo;
 
-// Answers by a number of digits; false: that is not what stands there.
-bool read_digits(const std::string& line, unsigned begin, unsigned count, std::uint32_t* value) {
-    if (line.size() < begin + count) return false;
-    const std::string digits = line.substr(begin, count);
-    if (digits.find_first_not_of("0123456789abcdefABCDEF") != digits.npos) return false;
-    *value = static_cast<std::uint32_t>(std::stoul(digits, nullptr, 16));
-    return true;
-}
-
-// Takes what begins like "CPUID 00000004: 1C004121-01C0003F-0000003F-00000000 [SL 00]".
-bool read_line(const std::string& line, std::uint32_t* leaf, std::uint32_t* subleaf,
-               CpuidRegisters* registers) {
-    constexpr unsigned begin_of_values = 16;
-    constexpr unsigned end_of_values = begin_of_values + 4 * 9 - 1;
-    if (!line.starts_with("CPUID ") || !read_digits(line, 6, 8, leaf)) return false;
-    if (line.substr(14, 2) != ": ") return false;
-    for (unsigned i = 0; i < 4; ++i) {
-        const unsigned begin = begin_of_values + 9 * i;
-        if (!read_digits(line, begin, 8, &registers->values[i])) return false;
-        if (i != 3 && line[begin + 8] != '-') return false;
-    }
-    *subleaf = 0;
-    return line.substr(end_of_values, 5) != " [SL " ||
-           read_digits(line, end_of_values + 5, 2, subleaf);
-}
-
 void check_text(const std::string& text) {
     CpuidRecording recording;
     const std::vector<char> exact(text.begin(), text.end());
     const unsigned count = recording.add_text({exact.data(), exact.size()});
+    // What begins like "CPUID 00000004: 1C004121-01C0003F-0000003F-00000000 [SL 00]"; the subleaf
+    // may be missing.
+    static const std::regex value(
+        "CPUID [[:xdigit:]]{8}: ([[:xdigit:]]{8}-){3}[[:xdigit:]]{8}"
+        "(?! \\[SL (?![[:xdigit:]]{2}))");
     unsigned expected = 0;
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
-        std::uint32_t leaf = 0;
-        std::uint32_t subleaf = 0;
-        CpuidRegisters registers;
-        if (!read_line(line, &leaf, &subleaf, &registers)) continue;
-        if (leaf == 0 && expected != 0) break;  // the next processor
+        using std::regex_constants::match_continuous;
+        if (!std::regex_search(line, value, match_continuous)) continue;
+        if (line.starts_with("CPUID 00000000") && expected != 0) break;  // the next processor
         ++expected;
     }
     require(count == expected, "how many values a text has");

@@ -3,19 +3,16 @@
 #include <cstring>
 #include <vector>
 
-#include "tarvcore/impl/simd_level.h"
 #include "tarvcore/ucsutil.h"
 #include "tests/fuzz/targets.h"
 #include "tests/support/conversion_oracle.h"
+#include "tests/support/simd_levels.h"
 
 namespace tarv_fuzz {
 namespace {
 
 using namespace tarv_test;
-using tarvcore::impl::force_simd_level;
-using tarvcore::impl::SimdLevel;
-
-constexpr SimdLevel levels[] = {SimdLevel::sse2, SimdLevel::ssse3, SimdLevel::avx2};
+using namespace tarvcore;
 
 // The input's bytes as units, in memory that ends where they do.
 template <class Unit>
@@ -26,23 +23,22 @@ std::vector<Unit> units_of(Input input) {
 }
 
 template <class Unit, class SourceUnit>
-void check_bulk(const std::vector<SourceUnit>& source, unsigned missing) {
+void check_bulk(Conversion<SourceUnit, Unit> convert, const std::vector<SourceUnit>& source,
+                unsigned missing) {
     std::vector<Unit> whole;
     const unsigned needed = expected_progress(source, 0xFFFFFFFF, whole).written;
     const unsigned capacity = needed - std::min(needed, missing);
     std::vector<Unit> expected;
-    const Progress progress = expected_progress(source, capacity, expected);
-    for (const SimdLevel level : levels) {
-        force_simd_level(level);
+    const auto progress = fields(expected_progress(source, capacity, expected));
+    at_each_level([&](SimdLevel) {
         // Memory of its own, so that the checkers see its end.
         std::vector<Unit> room(capacity + (capacity == 0));
-        require(same(bulk_convert(source.data(), source.size(), room.data(), capacity), progress),
+        require(fields(convert(source.data(), source.size(), room.data(), capacity)) == progress,
                 "a conversion's progress");
         require(std::equal(expected.begin(), expected.end(), room.begin()), "a conversion's units");
-        Unit* const none = nullptr;
-        require(same(bulk_convert(source.data(), source.size(), none, capacity), progress),
+        require(fields(convert(source.data(), source.size(), nullptr, capacity)) == progress,
                 "a count's progress");
-    }
+    });
 }
 
 unsigned units_to_skip(const Bytes& source, unsigned at) {
@@ -93,21 +89,20 @@ void run_unicode(Input input) {
     const auto utf8 = units_of<char>(input);
     const auto utf16 = units_of<std::uint16_t>(input);
     const auto ucs4 = units_of<std::uint32_t>(input);
-    check_bulk<std::uint16_t>(utf8, missing);
-    check_bulk<std::uint32_t>(utf8, missing);
-    check_bulk<char>(utf16, missing);
-    check_bulk<char>(ucs4, missing);
-    check_whole(tarvcore::utf8_to_utf16, utf8);
-    check_whole(tarvcore::utf8_to_ucs4, utf8);
-    check_whole(tarvcore::utf16_to_utf8, utf16);
-    check_whole(tarvcore::ucs4_to_utf8, ucs4);
+    check_bulk(impl::convert_utf8_to_utf16, utf8, missing);
+    check_bulk(impl::convert_utf8_to_ucs4, utf8, missing);
+    check_bulk(impl::convert_utf16_to_utf8, utf16, missing);
+    check_bulk(impl::convert_ucs4_to_utf8, ucs4, missing);
+    check_whole(utf8_to_utf16, utf8);
+    check_whole(utf8_to_ucs4, utf8);
+    check_whole(utf16_to_utf8, utf16);
+    check_whole(ucs4_to_utf8, ucs4);
 
     Units32 decoded;
     const bool valid = expected_progress(utf8, 0xFFFFFFFF, decoded).read == utf8.size();
-    for (const SimdLevel level : levels) {
-        force_simd_level(level);
-        require(tarvcore::is_valid_utf8(utf8.data(), utf8.size()) == valid, "validation");
-    }
+    at_each_level([&](SimdLevel) {
+        require(is_valid_utf8(utf8.data(), utf8.size()) == valid, "validation");
+    });
 }
 
 }  // namespace tarv_fuzz

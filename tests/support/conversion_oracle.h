@@ -1,6 +1,7 @@
 // What bulk conversions must come to, character by character.
 #pragma once
 
+#include <tuple>
 #include <vector>
 
 #include "tarvcore/impl/unicode_kernels.h"
@@ -10,26 +11,14 @@ namespace tarv_test {
 
 using tarvcore::impl::ConversionStatus;
 using tarvcore::impl::Progress;
-using tarvcore::impl::Utf16Unit;
 
-// One conversion under any name.
-inline Progress bulk_convert(const char* source, unsigned length, std::uint16_t* destination,
-                             unsigned capacity) {
-    return tarvcore::impl::convert_utf8_to_utf16(
-        source, length, reinterpret_cast<Utf16Unit*>(destination), capacity);
-}
-inline Progress bulk_convert(const char* source, unsigned length, std::uint32_t* destination,
-                             unsigned capacity) {
-    return tarvcore::impl::convert_utf8_to_ucs4(source, length, destination, capacity);
-}
-inline Progress bulk_convert(const std::uint16_t* source, unsigned length, char* destination,
-                             unsigned capacity) {
-    return tarvcore::impl::convert_utf16_to_utf8(reinterpret_cast<const Utf16Unit*>(source), length,
-                                                 destination, capacity);
-}
-inline Progress bulk_convert(const std::uint32_t* source, unsigned length, char* destination,
-                             unsigned capacity) {
-    return tarvcore::impl::convert_ucs4_to_utf8(source, length, destination, capacity);
+// One of the bulk conversions.
+template <class SourceUnit, class Unit>
+using Conversion = Progress(const SourceUnit*, unsigned, Unit*, unsigned);
+
+// To compare, and to print.
+inline auto fields(const Progress& progress) {
+    return std::tuple(progress.read, progress.written, static_cast<int>(progress.status));
 }
 
 // What a conversion must come to, and the units it must write.
@@ -50,10 +39,6 @@ Progress expected_progress(const std::vector<SourceUnit>& source, unsigned capac
         read += decoded.units;
     }
     return {read, static_cast<unsigned>(destination.size()), ConversionStatus::done};
-}
-
-inline bool same(const Progress& a, const Progress& b) {
-    return a.read == b.read && a.written == b.written && a.status == b.status;
 }
 
 }  // namespace tarv_test

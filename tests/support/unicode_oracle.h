@@ -109,24 +109,15 @@ public:
     }
 
 private:
-    static constexpr std::uint32_t kinds = 7;
+    static constexpr std::uint32_t kinds = 8;
 
     std::uint32_t of_kind(std::uint32_t kind) {
-        switch (kind) {
-            case 0:
-            case 1:
-                return below(0x80);
-            case 2:
-                return 0x80 + below(0x780);
-            case 3:
-                return 0x800 + below(0xF800);
-            case 4:
-                return 0xE000 + below(0x2000);
-            case 5:
-                return 0x10000 + below(0x100000);
-            default:
-                return below(8) == 0 ? random_() >> below(16) : 0x1F300 + below(0x400);
-        }
+        constexpr struct {
+            std::uint32_t first, count;
+        } ranges[kinds] = {
+            {0, 0x80},        {0, 0x80},           {0x80, 0x780},    {0x800, 0xF800},
+            {0xE000, 0x2000}, {0x10000, 0x100000}, {0x1F300, 0x400}, {0x110000, 0x7FEF0000}};
+        return ranges[kind].first + below(ranges[kind].count);
     }
 
     std::mt19937 random_;
