@@ -31,17 +31,12 @@ BlockProgress convert_utf16_blocks_to_utf8(const Utf16Unit* source, unsigned len
 BlockProgress convert_ucs4_blocks_to_utf8(const std::uint32_t* source, unsigned length,
                                           char* destination, unsigned capacity);
 
-// Characters, and those among them that take four bytes, of a text's start that is valid.
-struct Utf8Scan {
-    unsigned read;
-    unsigned characters;
-    unsigned of_four_bytes;
-};
-
-constexpr unsigned utf8_scan_block_length = 64;
-
+// What the conversions would write, if there were room, and how much of a text's start is valid.
 // With AVX2.
-Utf8Scan scan_utf8_blocks(const char* text, unsigned length);
+constexpr unsigned utf8_scan_block_length = 64;
+BlockProgress scan_utf8_blocks_as_utf16(const char* source, unsigned length);
+BlockProgress scan_utf8_blocks_as_ucs4(const char* source, unsigned length);
+unsigned valid_utf8_blocks(const char* source, unsigned length);
 
 // What the conversions would write.  With SSSE3.
 BlockProgress count_utf8_blocks_as_utf16(const char* source, unsigned length, unsigned capacity);

@@ -91,24 +91,28 @@ struct Ucs4 {
     }
 };
 
-// `more`: what a character of four bytes makes beyond one unit.
-template <auto count_rest, unsigned more>
+TARVCORE_INLINE bool is_scannable(unsigned length) {
+    return length >= utf8_scan_block_length && simd_level() >= SimdLevel::avx2;
+}
+
+template <auto scan, auto count_rest>
 BlockProgress count_utf8_blocks(const char* source, unsigned length, unsigned capacity) {
     // No byte makes more than a unit.
     const unsigned scannable = std::min(length, capacity);
-    if (scannable < utf8_scan_block_length || simd_level() < SimdLevel::avx2) {
-        return count_rest(source, length, capacity);
-    }
-    const Utf8Scan scan = scan_utf8_blocks(source, scannable);
-    const unsigned written = scan.characters + more * scan.of_four_bytes;
+    if (!is_scannable(scannable)) return count_rest(source, length, capacity);
+    const BlockProgress first = scan(source, scannable);
+    if (first.read == length) return first;
     const BlockProgress rest =
-        count_rest(source + scan.read, length - scan.read, capacity - written);
-    return {scan.read + rest.read, written + rest.written};
+        count_rest(source + first.read, length - first.read, capacity - first.written);
+    return {first.read + rest.read, first.written + rest.written};
 }
 
 // What there is of vector code for a pair of encodings; the general case is none.
+struct AnyBlocks {
+    static bool is_best_for_ascii(unsigned) { return false; }
+};
 template <class Source, class Destination, bool counting>
-struct Blocks {
+struct Blocks : AnyBlocks {
     static constexpr unsigned least_length = 0xFFFFFFFF;
     static BlockProgress run(const typename Source::Unit*, unsigned, typename Destination::Unit*,
                              unsigned) {
@@ -116,42 +120,46 @@ struct Blocks {
     }
 };
 template <>
-struct Blocks<Utf8, Utf16, false> {
+struct Blocks<Utf8, Utf16, false> : AnyBlocks {
     static constexpr unsigned least_length = utf8_block_length;
     static constexpr auto run = convert_utf8_blocks_to_utf16;
 };
 template <>
-struct Blocks<Utf8, Ucs4, false> {
+struct Blocks<Utf8, Ucs4, false> : AnyBlocks {
     static constexpr unsigned least_length = utf8_block_length;
     static constexpr auto run = convert_utf8_blocks_to_ucs4;
 };
 template <>
-struct Blocks<Utf16, Utf8, false> {
+struct Blocks<Utf16, Utf8, false> : AnyBlocks {
     static constexpr unsigned least_length = utf16_block_length;
     static constexpr auto run = convert_utf16_blocks_to_utf8;
 };
 template <>
-struct Blocks<Ucs4, Utf8, false> {
+struct Blocks<Ucs4, Utf8, false> : AnyBlocks {
     static constexpr unsigned least_length = utf16_block_length;
     static constexpr auto run = convert_ucs4_blocks_to_utf8;
 };
 template <>
 struct Blocks<Utf8, Utf16, true> {
+    static constexpr auto is_best_for_ascii = is_scannable;
     static constexpr unsigned least_length = utf8_block_length;
     static BlockProgress run(const char* source, unsigned length, Utf16Unit*, unsigned capacity) {
-        return count_utf8_blocks<count_utf8_blocks_as_utf16, 1>(source, length, capacity);
+        return count_utf8_blocks<scan_utf8_blocks_as_utf16, count_utf8_blocks_as_utf16>(
+            source, length, capacity);
     }
 };
 template <>
 struct Blocks<Utf8, Ucs4, true> {
+    static constexpr auto is_best_for_ascii = is_scannable;
     static constexpr unsigned least_length = utf8_block_length;
     static BlockProgress run(const char* source, unsigned length, std::uint32_t*,
                              unsigned capacity) {
-        return count_utf8_blocks<count_utf8_blocks_as_ucs4, 0>(source, length, capacity);
+        return count_utf8_blocks<scan_utf8_blocks_as_ucs4, count_utf8_blocks_as_ucs4>(
+            source, length, capacity);
     }
 };
 template <>
-struct Blocks<Utf16, Utf8, true> {
+struct Blocks<Utf16, Utf8, true> : AnyBlocks {
     static constexpr unsigned least_length = utf16_block_length;
     static BlockProgress run(const Utf16Unit* source, unsigned length, char*, unsigned capacity) {
         return count_utf16_blocks_as_utf8(source, length, capacity);
@@ -186,8 +194,10 @@ template <class Source, class Destination, bool counting>
 TARVCORE_INLINE Progress convert(const typename Source::Unit* source, unsigned length,
                                  typename Destination::Unit* destination, unsigned capacity) {
     using Vectors = Blocks<Source, Destination, counting>;
-    unsigned read =
-        copy_ascii<Source, Destination, counting>(source, length, destination, capacity);
+    unsigned read = 0;
+    if (!Vectors::is_best_for_ascii(length)) {
+        read = copy_ascii<Source, Destination, counting>(source, length, destination, capacity);
+    }
     if (read == length) return {read, read, ConversionStatus::done};
     unsigned written = read;
     const bool use_vectors =
@@ -251,7 +261,12 @@ Progress convert_ucs4_to_utf8(const std::uint32_t* source, unsigned length, char
 }
 
 unsigned valid_utf8_prefix(const char* text, unsigned length) {
-    return convert<Utf8, Ucs4, true>(text, length, nullptr, 0xFFFFFFFF).read;
+    unsigned read = 0;
+    if (is_scannable(length)) {
+        read = valid_utf8_blocks(text, length);
+        if (read == length) return read;
+    }
+    return read + convert<Utf8, Ucs4, true>(text + read, length - read, nullptr, 0xFFFFFFFF).read;
 }
 
 Utf8Fault utf8_fault(const char* text, unsigned length) {

@@ -215,8 +215,9 @@ TARVCORE_SSSE3_INLINE bool all_below(unsigned limit, __m128i current) {
 // The same for any units that are no surrogates.
 template <bool is_ample>
 TARVCORE_SSSE3_INLINE unsigned put_plain(__m128i current, const Room<is_ample>& room) {
-    return all_below(0x800, current) ? put_short(current, room)
-                                     : put_sequences(sequences(current), room);
+    // Where there is ample room, most short ones have been taken by sixteen.
+    return !is_ample && all_below(0x800, current) ? put_short(current, room)
+                                                  : put_sequences(sequences(current), room);
 }
 
 // Lanes of the lower halves of code points; false where one is above U+FFFF.
@@ -229,10 +230,33 @@ TARVCORE_SSSE3_INLINE bool narrow(const std::uint32_t* source, __m128i* narrowed
     return _mm_movemask_epi8(_mm_cmpeq_epi8(upper, _mm_setzero_si128())) == 0xFFFF;
 }
 
-// Whether there may be units that are no characters of their own.
-TARVCORE_SSSE3_INLINE bool suspicious(__m128i current) {
-    const __m128i above = _mm_subs_epu16(current, units(0xD7FF));
+// The same for sixteen; false where one is above U+07FF.
+TARVCORE_SSSE3_INLINE bool narrow_short_ones(const std::uint32_t* source, __m128i* first,
+                                             __m128i* last) {
+    const __m128i a = load(source);
+    const __m128i b = load(source + 4);
+    const __m128i c = load(source + 8);
+    const __m128i d = load(source + 12);
+    const __m128i all = _mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d));
+    *first = _mm_packs_epi32(a, b);
+    *last = _mm_packs_epi32(c, d);
+    return _mm_movemask_epi8(_mm_cmpeq_epi32(_mm_srli_epi32(all, 11), _mm_setzero_si128())) ==
+           0xFFFF;
+}
+
+// Whether any of sixteen units is at least `limit`.
+TARVCORE_SSSE3_INLINE bool reaches(unsigned limit, __m128i first, __m128i last) {
+    const __m128i below = units(limit - 1);
+    const __m128i above = _mm_or_si128(_mm_subs_epu16(first, below), _mm_subs_epu16(last, below));
     return _mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) != 0xFFFF;
+}
+
+// Whether there may be units that are no characters of their own.
+TARVCORE_SSSE3_INLINE bool suspicious(__m128i first, __m128i last) {
+    return reaches(0xD800, first, last);
+}
+TARVCORE_SSSE3_INLINE bool suspicious(__m128i current) {
+    return suspicious(current, current);
 }
 
 // Puts four code points in 32-bit lanes; 0, too, where one is not to be had.
@@ -286,6 +310,17 @@ TARVCORE_SSSE3_INLINE BlockProgress put_code_points(const std::uint32_t* source,
     return {made != 0 ? block : 0, made};
 }
 
+// Puts sixteen units below U+0800; there is room for two vectors.
+TARVCORE_SSSE3_INLINE unsigned put_short_ones(__m128i first, __m128i last, char* destination) {
+    // Eight of ASCII alone are not worth a branch that would often go wrong.
+    if (all_below(0x80, _mm_or_si128(first, last))) {
+        store(destination, _mm_packus_epi16(first, last));
+        return 16;
+    }
+    const unsigned length = put_short(first, Room<true>{destination});
+    return length + put_short(last, Room<true>{destination + length});
+}
+
 // A text of UTF-16 whose blocks are converted one after the other.
 class Utf16Text {
 public:
@@ -294,8 +329,7 @@ public:
     TARVCORE_SSSE3_INLINE unsigned put(__m128i current, const Room<is_ample>& room) {
         const __m128i before = std::exchange(before_, current);
         if (!is_pending_ && !suspicious(current)) {
-            // Where there is ample room, `put_short_ones` has taken most of those.
-            return is_ample ? put_sequences(sequences(current), room) : put_plain(current, room);
+            return put_plain(current, room);
         }
         const Pairs pairs = {current, _mm_alignr_epi8(current, before, 14)};
         if (any(_mm_or_si128(forbidden(current), unpaired(pairs)))) return 0;
@@ -306,21 +340,71 @@ public:
     // Puts sixteen units that make up to two bytes; 0 where others are among them.
     TARVCORE_SSSE3_INLINE unsigned put_short_ones(__m128i current, __m128i next,
                                                   char* destination) {
-        const __m128i both = _mm_or_si128(current, next);
-        if (!all_below(0x800, both) || is_pending_) return 0;
+        if (!all_below(0x800, _mm_or_si128(current, next)) || is_pending_) return 0;
         before_ = next;
-        // Eight of ASCII alone are not worth a branch that would often go wrong.
-        if (all_below(0x80, both)) {
-            store(destination, _mm_packus_epi16(current, next));
-            return 16;
-        }
-        const unsigned first = put_short(current, Room<true>{destination});
-        return first + put_short(next, Room<true>{destination + first});
+        return tarvcore::impl::put_short_ones(current, next, destination);
     }
 
 private:
     __m128i before_ = _mm_setzero_si128();
     bool is_pending_ = false;  // the last unit is a high surrogate
+};
+
+// How many bytes a text takes beyond one for each unit.
+class Utf16Count {
+public:
+    // Sixteen units; false where one is not to be had.
+    TARVCORE_SSSE3_INLINE bool add(__m128i first, __m128i last) {
+        if (pending_ != 0 || suspicious(first, last)) [[unlikely]] {
+            if (reaches(0xFEFF, first, last) &&
+                any(_mm_or_si128(forbidden(first), forbidden(last)))) {
+                return false;
+            }
+            const Halves of_first = halves(first);
+            const Halves of_last = halves(last);
+            const unsigned high = bit_for_each(of_first.high, of_last.high);
+            const unsigned low = bit_for_each(of_first.low, of_last.low);
+            if (low != ((high << 1 | pending_) & 0xFFFF)) return false;
+            pending_ = high >> 15;
+            fewer_ = _mm_sub_epi16(fewer_, _mm_add_epi16(of_first.any(), of_last.any()));
+        }
+        fewer_ = _mm_add_epi16(fewer_, _mm_add_epi16(more_bytes(first), more_bytes(last)));
+        return true;
+    }
+
+    TARVCORE_SSSE3_INLINE unsigned more_than_units() const {
+        const __m128i halves = _mm_madd_epi16(fewer_, units(0xFFFF));
+        const __m128i pairs = _mm_add_epi32(halves, _mm_srli_si128(halves, 8));
+        const __m128i sum = _mm_add_epi32(pairs, _mm_srli_si128(pairs, 4));
+        return static_cast<unsigned>(_mm_cvtsi128_si32(sum));
+    }
+
+private:
+    // Masks of the surrogates.
+    struct Halves {
+        TARVCORE_SSSE3_INLINE __m128i any() const { return _mm_add_epi16(high, low); }
+
+        __m128i high;
+        __m128i low;
+    };
+    TARVCORE_SSSE3_INLINE static Halves halves(__m128i current) {
+        const __m128i tens = _mm_srli_epi16(current, 10);
+        return {_mm_cmpeq_epi16(tens, units(0xD800 >> 10)),
+                _mm_cmpeq_epi16(tens, units(0xDC00 >> 10))};
+    }
+    TARVCORE_SSSE3_INLINE static unsigned bit_for_each(__m128i first, __m128i last) {
+        return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(first, last)));
+    }
+
+    // Masks: -1 for a unit from U+0080 on, and from U+0800 on once more.
+    TARVCORE_SSSE3_INLINE static __m128i more_bytes(__m128i current) {
+        const __m128i sevens = _mm_srli_epi16(current, 7);
+        return _mm_add_epi16(_mm_cmpgt_epi16(sevens, units(0)),
+                             _mm_cmpgt_epi16(sevens, units(0x07FF >> 7)));
+    }
+
+    __m128i fewer_ = _mm_setzero_si128();
+    unsigned pending_ = 0;  // 1 where the last unit is a high surrogate
 };
 
 // What has been taken, less a high surrogate at the end, which has not met its low one.
@@ -366,17 +450,29 @@ TARVCORE_SSSE3 BlockProgress convert_utf16_blocks_to_utf8(const Utf16Unit* sourc
 TARVCORE_SSSE3 BlockProgress convert_ucs4_blocks_to_utf8(const std::uint32_t* source,
                                                          unsigned length, char* destination,
                                                          unsigned capacity) {
+    // Where there are others than short ones, so many are not tried as such.
+    constexpr unsigned stretch = 8 * block;
     unsigned read = 0;
     unsigned written = 0;
     while (length - read >= block) {
-        char* const begin = destination + written;
-        const unsigned room = capacity - written;
-        const BlockProgress put = room >= ample_room
-                                      ? put_code_points(source + read, Room<true>{begin})
-                                      : put_code_points(source + read, Room<false>{begin, room});
-        if (put.read == 0) break;
-        read += put.read;
-        written += put.written;
+        __m128i first;
+        __m128i last;
+        while (length - read >= 2 * block && capacity - written >= 2 * 16 &&
+               narrow_short_ones(source + read, &first, &last)) {
+            written += put_short_ones(first, last, destination + written);
+            read += 2 * block;
+        }
+        const unsigned end = std::min(length, read + stretch);
+        while (end - read >= block) {
+            char* const begin = destination + written;
+            const unsigned room = capacity - written;
+            const BlockProgress put =
+                room >= ample_room ? put_code_points(source + read, Room<true>{begin})
+                                   : put_code_points(source + read, Room<false>{begin, room});
+            if (put.read == 0) return {read, written};
+            read += put.read;
+            written += put.written;
+        }
     }
     return {read, written};
 }
@@ -384,30 +480,23 @@ TARVCORE_SSSE3 BlockProgress convert_ucs4_blocks_to_utf8(const std::uint32_t* so
 TARVCORE_SSSE3 BlockProgress count_utf16_blocks_as_utf8(const Utf16Unit* source, unsigned length,
                                                         unsigned capacity) {
     // No unit makes more than three bytes, and no lane counts further than this.
-    constexpr unsigned most_blocks = 0x7FFF / 2;
-    const unsigned end = std::min({length, capacity / 3, most_blocks * block});
+    constexpr unsigned step = 2 * block;
+    constexpr unsigned most_steps = 0x7FFF / 4;
+    const unsigned end = std::min({length, capacity / 3, most_steps * step});
     unsigned read = 0;
-    __m128i previous = _mm_setzero_si128();
-    bool is_pending = false;
-    // Every mask is -1 in its lane: three bytes, less one where a surrogate or a short lead is,
-    // less another one for ASCII.
-    __m128i fewer = _mm_setzero_si128();
-    for (; end - read >= block; read += block) {
-        const __m128i current = load(source + read);
-        __m128i not_three = have(current, 0xF800, 0);
-        if (is_pending || suspicious(current)) {
-            const Pairs pairs = {current, _mm_alignr_epi8(current, previous, 14)};
-            if (any(_mm_or_si128(forbidden(current), unpaired(pairs)))) break;
-            is_pending = is_high_surrogate(source[read + block - 1]);
-            not_three = _mm_or_si128(not_three, surrogates(current));
-        }
-        fewer = _mm_add_epi16(fewer, _mm_add_epi16(not_three, have(current, 0xFF80, 0)));
-        previous = current;
+    Utf16Count count;
+    while (end - read >= step) {
+        if (!count.add(load(source + read), load(source + read + block))) break;
+        read += step;
     }
-    const __m128i halves = _mm_madd_epi16(fewer, units(0xFFFF));
-    const __m128i pairs = _mm_add_epi32(halves, _mm_srli_si128(halves, 8));
-    const __m128i sum = _mm_add_epi32(pairs, _mm_srli_si128(pairs, 4));
-    return whole_characters(source, read, 3 * read - static_cast<unsigned>(_mm_cvtsi128_si32(sum)));
+    if (const unsigned rest = end - read; rest != 0 && rest < step) {
+        // The last step is filled up with zeros.
+        const unsigned in_first = std::min(rest, block);
+        const __m128i first = load_part(source + read, 2 * in_first);
+        const __m128i last = load_part(source + read + in_first, 2 * (rest - in_first));
+        if (count.add(first, last)) read = end;
+    }
+    return whole_characters(source, read, read + count.more_than_units());
 }
 
 }  // namespace tarvcore::impl

@@ -74,12 +74,12 @@ TARVCORE_SSSE3_INLINE __m128i right(__m128i value, int mask) {
 }
 
 // Writes the lanes that are not dropped, as far as there is room, and answers how many those are.
-// More are written where there is room for a whole vector.
-template <unsigned lanes, unsigned lane_size>
+// More are written where there is room for a whole vector; ample room has that always.
+template <bool is_ample, unsigned lanes, unsigned lane_size>
 TARVCORE_SSSE3_INLINE unsigned store_kept(__m128i value, const DropTable<lanes, lane_size>& table,
                                           unsigned drop, void* destination, unsigned room) {
     const __m128i kept = _mm_shuffle_epi8(value, load(table.shuffle[drop]));
-    if (room >= lanes) {
+    if (is_ample || room >= lanes) {
         store(destination, kept);
         return table.kept[drop];
     }
@@ -186,6 +186,7 @@ struct ToUtf16 {
         store(destination + 8, _mm_unpackhi_epi8(ascii, _mm_setzero_si128()));
     }
 
+    template <bool is_ample>
     TARVCORE_SSSE3_INLINE static void put(const Neighbours& n, unsigned drop,
                                           Utf16Unit* destination, unsigned room) {
         auto [low, high] = code_points(n);
@@ -203,23 +204,26 @@ struct ToUtf16 {
             high =
                 select(fourth, _mm_or_si128(_mm_and_si128(high, bytes(0x03)), bytes(0xDC)), high);
         }
-        put_units(
+        put_units<is_ample>(
             _mm_add_epi16(_mm_unpacklo_epi8(low, high), _mm_unpacklo_epi8(bias_low, bias_high)),
             _mm_add_epi16(_mm_unpackhi_epi8(low, high), _mm_unpackhi_epi8(bias_low, bias_high)),
             drop, destination, room);
     }
 
+    template <bool is_ample>
     TARVCORE_SSSE3_INLINE static void put_short(const Neighbours& n, unsigned drop,
                                                 Utf16Unit* destination, unsigned room) {
         const auto [low, high] = short_code_points(n);
-        put_units(_mm_unpacklo_epi8(low, high), _mm_unpackhi_epi8(low, high), drop, destination,
-                  room);
+        put_units<is_ample>(_mm_unpacklo_epi8(low, high), _mm_unpackhi_epi8(low, high), drop,
+                            destination, room);
     }
 
+    template <bool is_ample>
     TARVCORE_SSSE3_INLINE static void put_units(__m128i first, __m128i last, unsigned drop,
                                                 Utf16Unit* destination, unsigned room) {
-        const unsigned count = store_kept(first, drop_of_8, drop & 0xFF, destination, room);
-        store_kept(last, drop_of_8, drop >> 8, destination + count, room - count);
+        const unsigned count =
+            store_kept<is_ample>(first, drop_of_8, drop & 0xFF, destination, room);
+        store_kept<is_ample>(last, drop_of_8, drop >> 8, destination + count, room - count);
     }
 
     // What has been written of a character of four bytes after three.
@@ -243,21 +247,47 @@ struct ToUcs4 {
         store(destination + 12, _mm_unpackhi_epi16(high, zero));
     }
 
+    template <bool is_ample>
     TARVCORE_SSSE3_INLINE static void put(const Neighbours& n, unsigned drop,
                                           std::uint32_t* destination, unsigned room) {
         const auto [low, high] = code_points(n);
+        if (is_ample && !has_long_sequence(n)) {
+            put_narrow(low, high, drop, destination);
+            return;
+        }
         const __m128i top =
             _mm_and_si128(at_least(n.before_3, 0xF0),
                           _mm_or_si128(right<4>(n.before_2, 0x03), left<2>(n.before_3, 0x1C)));
-        put_units(low, high, top, drop, destination, room);
+        put_units<is_ample>(low, high, top, drop, destination, room);
     }
 
+    template <bool is_ample>
     TARVCORE_SSSE3_INLINE static void put_short(const Neighbours& n, unsigned drop,
                                                 std::uint32_t* destination, unsigned room) {
         const auto [low, high] = short_code_points(n);
-        put_units(low, high, _mm_setzero_si128(), drop, destination, room);
+        if (is_ample) {
+            put_narrow(low, high, drop, destination);
+            return;
+        }
+        put_units<is_ample>(low, high, _mm_setzero_si128(), drop, destination, room);
     }
 
+    // Below U+10000, with ample room: moved together as lanes of two bytes, and then made wide.
+    TARVCORE_SSSE3_INLINE static void put_narrow(__m128i low, __m128i high, unsigned drop,
+                                                 std::uint32_t* destination) {
+        put_wide(_mm_unpacklo_epi8(low, high), drop & 0xFF, destination);
+        put_wide(_mm_unpackhi_epi8(low, high), drop >> 8,
+                 destination + drop_of_8.kept[drop & 0xFF]);
+    }
+    TARVCORE_SSSE3_INLINE static void put_wide(__m128i units, unsigned drop,
+                                               std::uint32_t* destination) {
+        const __m128i kept = _mm_shuffle_epi8(units, load(drop_of_8.shuffle[drop]));
+        store(destination, _mm_unpacklo_epi16(kept, _mm_setzero_si128()));
+        if (drop_of_8.kept[drop] <= 4) return;
+        store(destination + 4, _mm_unpackhi_epi16(kept, _mm_setzero_si128()));
+    }
+
+    template <bool is_ample>
     TARVCORE_SSSE3_INLINE static void put_units(__m128i low, __m128i high, __m128i top,
                                                 unsigned drop, std::uint32_t* destination,
                                                 unsigned room) {
@@ -266,14 +296,14 @@ struct ToUcs4 {
         const __m128i first_high = _mm_unpacklo_epi8(top, zero);
         const __m128i last_low = _mm_unpackhi_epi8(low, high);
         const __m128i last_high = _mm_unpackhi_epi8(top, zero);
-        unsigned count = store_kept(_mm_unpacklo_epi16(first_low, first_high), drop_of_4,
-                                    drop & 0xF, destination, room);
-        count += store_kept(_mm_unpackhi_epi16(first_low, first_high), drop_of_4, drop >> 4 & 0xF,
-                            destination + count, room - count);
-        count += store_kept(_mm_unpacklo_epi16(last_low, last_high), drop_of_4, drop >> 8 & 0xF,
-                            destination + count, room - count);
-        store_kept(_mm_unpackhi_epi16(last_low, last_high), drop_of_4, drop >> 12,
-                   destination + count, room - count);
+        unsigned count = store_kept<is_ample>(_mm_unpacklo_epi16(first_low, first_high), drop_of_4,
+                                              drop & 0xF, destination, room);
+        count += store_kept<is_ample>(_mm_unpackhi_epi16(first_low, first_high), drop_of_4,
+                                      drop >> 4 & 0xF, destination + count, room - count);
+        count += store_kept<is_ample>(_mm_unpacklo_epi16(last_low, last_high), drop_of_4,
+                                      drop >> 8 & 0xF, destination + count, room - count);
+        store_kept<is_ample>(_mm_unpackhi_epi16(last_low, last_high), drop_of_4, drop >> 12,
+                             destination + count, room - count);
     }
 
     static constexpr unsigned written_of_unfinished = 0;
@@ -310,14 +340,25 @@ TARVCORE_SSSE3_INLINE BlockProgress convert_blocks(const char* source, unsigned 
                 made = kept_bytes(drop) - (block - taken);
                 if (made > room) break;
                 if constexpr (!counting) {
-                    Destination::put_short(n, drop, destination + written, room);
+                    if (room >= block) {
+                        Destination::template put_short<true>(n, drop, destination + written, room);
+                    } else {
+                        Destination::template put_short<false>(n, drop, destination + written,
+                                                               room);
+                    }
                 }
             } else {
                 if (any(faults(n))) break;
                 const auto drop = static_cast<unsigned>(_mm_movemask_epi8(Destination::dropped(n)));
                 made = kept_bytes(drop) - (block - taken);
                 if (made > room) break;
-                if constexpr (!counting) Destination::put(n, drop, destination + written, room);
+                if constexpr (!counting) {
+                    if (room >= block) {
+                        Destination::template put<true>(n, drop, destination + written, room);
+                    } else {
+                        Destination::template put<false>(n, drop, destination + written, room);
+                    }
+                }
             }
             written += made;
         }

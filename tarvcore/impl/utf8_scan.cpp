@@ -66,37 +66,56 @@ TARVCORE_AVX2_INLINE unsigned count_characters(__m256i value) {
         __builtin_popcount(static_cast<unsigned>(_mm256_movemask_epi8(mask))));
 }
 
-}  // namespace
+// What is counted in a text that is valid.
+enum class Counted { nothing, characters, utf16_units };
 
-TARVCORE_AVX2 Utf8Scan scan_utf8_blocks(const char* text, unsigned length) {
+template <Counted counted>
+TARVCORE_AVX2_INLINE BlockProgress scan(const char* text, unsigned length) {
     unsigned read = 0;
-    unsigned characters = 0;
-    unsigned long_ones = 0;
+    unsigned written = 0;
     __m256i previous = _mm256_setzero_si256();
     for (; length - read >= block; read += block) {
         const __m256i first = load(text + read);
         const __m256i last = load(text + read + vector_size);
         const int above = _mm256_movemask_epi8(_mm256_or_si256(first, last));
         if (above == 0 && (read == 0 || text[read - 1] >= 0)) {
-            characters += block;
+            written += block;
         } else {
             const __m256i found = _mm256_or_si256(faults(first, previous), faults(last, first));
             if (_mm256_testz_si256(found, found) == 0) break;
-            characters += count_characters(first) + count_characters(last);
-            long_ones += count_at_least(first, 0xF0) + count_at_least(last, 0xF0);
+            if constexpr (counted != Counted::nothing) {
+                written += count_characters(first) + count_characters(last);
+            }
+            if constexpr (counted == Counted::utf16_units) {
+                written += count_at_least(first, 0xF0) + count_at_least(last, 0xF0);
+            }
         }
         previous = last;
     }
-    if (read == 0) return {0, 0, 0};
+    if (read == 0) return {0, 0};
 
     // A character that is not finished has been counted by its first byte.
     const auto* end = reinterpret_cast<const unsigned char*>(text) + read;
     const unsigned unfinished = end[-1] >= 0xC0 ? 1 : end[-2] >= 0xE0 ? 2 : end[-3] >= 0xF0 ? 3 : 0;
-    if (unfinished != 0) {
-        --characters;
-        long_ones -= end[-static_cast<int>(unfinished)] >= 0xF0;
+    if (unfinished != 0 && counted != Counted::nothing) {
+        const bool is_long = end[-static_cast<int>(unfinished)] >= 0xF0;
+        written -= counted == Counted::utf16_units && is_long ? 2 : 1;
     }
-    return {read - unfinished, characters, long_ones};
+    return {read - unfinished, written};
+}
+
+}  // namespace
+
+TARVCORE_AVX2 BlockProgress scan_utf8_blocks_as_utf16(const char* text, unsigned length) {
+    return scan<Counted::utf16_units>(text, length);
+}
+
+TARVCORE_AVX2 BlockProgress scan_utf8_blocks_as_ucs4(const char* text, unsigned length) {
+    return scan<Counted::characters>(text, length);
+}
+
+TARVCORE_AVX2 unsigned valid_utf8_blocks(const char* text, unsigned length) {
+    return scan<Counted::nothing>(text, length).read;
 }
 
 }  // namespace tarvcore::impl
