@@ -29,24 +29,14 @@ Ptr record_of(const char* code, Ptr nested = {}) {
     return ErrorInfo::create(ErrorCode(code), "m", here, std::move(nested));
 }
 
-TEST(ErrorInfo, HoldsWhatItIsGiven) {
+TEST(ErrorInfo, CopiesNeitherLiteralsNorTheHostsName) {
     static const char literal[] = "literal {@p}";
-    const Ptr cause = record_of("error.cause");
-    const Ptr record = ErrorInfo::create(error::tarvcore_uuid, literal,
-                                         ErrorParams().add("p", "value"), here, cause);
-    EXPECT_EQ(record->code(), error::tarvcore_uuid);
-    EXPECT_EQ(record->message().text(), literal) << "literals are not copied";
-    EXPECT_EQ(record->expanded_message().as_string(), "literal value");
+    const Ptr record =
+        ErrorInfo::create(error::tarvcore_uuid, literal, ErrorParams().add("p", "value"), here);
+    EXPECT_EQ(record->message().text(), literal);
     EXPECT_EQ(record->expanded_message(2).as_string(), "literal va...");
-    EXPECT_EQ(record->location(), here);
-    EXPECT_EQ(record->nested().get(), cause.get());
-    EXPECT_EQ(record->hostname().text(), cause->hostname().text()) << "one host name for all";
+    EXPECT_EQ(record->hostname().text(), record_of("error.x")->hostname().text());
     EXPECT_GT(record->hostname().size(), 0u);
-
-    const Ptr elsewhere = ErrorInfo::create(ErrorCode("error.x"), SourceString("copied"), {}, here,
-                                            {}, SourceString("otherhost"));
-    EXPECT_EQ(elsewhere->hostname(), "otherhost");
-    EXPECT_TRUE(elsewhere->params().empty() && elsewhere->nested().is_null());
 }
 
 TEST(ErrorInfo, TakesTransferredPartsWithoutCopying) {
@@ -177,10 +167,7 @@ TEST(ErrorInfo, NestsTenThousandDeep) {
 
         struct Counter : std::streambuf {
             unsigned long long bytes = 0;
-            int overflow(int c) override {
-                ++bytes;
-                return c;
-            }
+            int overflow(int c) override { return ++bytes, c; }
             std::streamsize xsputn(const char*, std::streamsize n) override {
                 bytes += static_cast<unsigned long long>(n);
                 return n;

@@ -57,7 +57,6 @@ TEST(ObjectKey, UniqueOnesAreThemselves) {
     EXPECT_NE(first < second, second < first);
     char address[16];
     std::snprintf(address, sizeof address, "0x%08x", static_cast<unsigned>(first.hash()));
-    EXPECT_EQ(traced(first), address);
     EXPECT_EQ(traced(copy), address);
     const tarv_test::AllocationWatch watch;
     EXPECT_EQ(traced(ObjectKey::create_unique()).size(), 10u);
@@ -71,8 +70,7 @@ TEST(ObjectKey, UniqueOnesAreThemselves) {
     label.clear();
     EXPECT_NE(labeled, other);
     EXPECT_EQ(traced(labeled), "label");
-    const auto data = labeled.query_trace_data();
-    EXPECT_EQ(data->query_trace_text(), "label");
+    EXPECT_EQ(labeled.query_trace_data()->query_trace_text(), "label");
 }
 
 TEST(StringKey, OneForEveryText) {

@@ -37,20 +37,18 @@ Outcome tarv(const std::vector<std::wstring>& arguments, const std::string& inpu
     return run_program(L"tarv.exe", arguments, {input});
 }
 
-// A folder of its own for dumps, as long as it lives.
-class TraceFolder {
-public:
-    TraceFolder() { SetEnvironmentVariableW(L"ZOLT_TRACE_ROOT", path_.c_str()); }
-    ~TraceFolder() {
+// A folder of its own for dumps.
+class TarvDemo : public testing::Test {
+protected:
+    TarvDemo() { SetEnvironmentVariableW(L"ZOLT_TRACE_ROOT", folder_.c_str()); }
+    ~TarvDemo() override {
         SetEnvironmentVariableW(L"ZOLT_TRACE_ROOT", nullptr);
         std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        std::filesystem::remove_all(folder_, ignored);
     }
-    TraceFolder(const TraceFolder&) = delete;
-    TraceFolder& operator=(const TraceFolder&) = delete;
 
 private:
-    const std::filesystem::path path_ = std::filesystem::temp_directory_path() / L"tarvcore_demo";
+    const std::filesystem::path folder_ = std::filesystem::temp_directory_path() / L"tarvcore_demo";
 };
 
 // What a terminal showed: a command after "$ ", what it wrote to standard output and, after "2> ",
@@ -171,8 +169,7 @@ TEST(Tarv, DoesWhatItsManualShows) {
 }
 
 // Every verb has some.
-TEST(Tarv, DoesWhatItsHelpShows) {
-    const TraceFolder folder;
+TEST_F(TarvDemo, DoesWhatItsHelpShows) {
     std::istringstream objects(tarv({L"help", L"--json"}).output);
     std::string examples;
     unsigned verbs = 0;
@@ -291,11 +288,10 @@ TEST(Tarv, TellsTheTime) {
     EXPECT_LE(time, AbsoluteTime::now());
 }
 
-TEST(Tarv, ShowsACrashAndItsDump) {
+TEST_F(TarvDemo, ShowsACrashAndItsDump) {
 #if defined(TARVCORE_STATIC)
     GTEST_SKIP() << "a dump has the address checker's memory, too: too much for a file in passing";
 #endif
-    const TraceFolder folder;
     const Outcome outcome = tarv({L"demo", L"crash"});
     EXPECT_EQ(outcome.status, 3u);
     EXPECT_TRUE(agrees(outcome.output, "Writing to address 0x10.…\n…"));

@@ -7,9 +7,12 @@
 
 #include <exception>
 #include <string>
+#include <utility>
 
 #include "tests/support/child_process.h"
 #include "tests/support/pattern.h"
+//
+#include <windows.h>
 
 namespace {
 
@@ -86,12 +89,17 @@ TEST(TerminateHandler, EndsTheProcessWithoutMemory) {
 }
 
 TEST(TerminateHandler, IsThereWhileTheGuardLives) {
-    const std::terminate_handler before = std::get_terminate();
+    const auto handlers = [] {
+        const auto filter = SetUnhandledExceptionFilter(nullptr);
+        SetUnhandledExceptionFilter(filter);
+        return std::pair(std::get_terminate(), filter);
+    };
+    const auto before = handlers();
     {
         const tarvcore::ScopedDiagnosticSignalHandler handler;
-        EXPECT_NE(std::get_terminate(), before);
+        EXPECT_TRUE(handlers().first != before.first && handlers().second != before.second);
     }
-    EXPECT_EQ(std::get_terminate(), before);
+    EXPECT_TRUE(handlers() == before);
 }
 
 }  // namespace

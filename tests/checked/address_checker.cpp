@@ -330,18 +330,15 @@ int __wrap__Unwind_Resume_or_Rethrow(void* exception) {
     void __asan_report_##kind##_n_noabort(Address address, std::size_t size) { \
         check(what, address, size);                                            \
     }
-ACCESS("read", load, 1)
-ACCESS("read", load, 2)
-ACCESS("read", load, 4)
-ACCESS("read", load, 8)
-ACCESS("read", load, 16)
-ACCESS_ANY("read", load)
-ACCESS("write", store, 1)
-ACCESS("write", store, 2)
-ACCESS("write", store, 4)
-ACCESS("write", store, 8)
-ACCESS("write", store, 16)
-ACCESS_ANY("write", store)
+#define ACCESSES(what, kind) \
+    ACCESS(what, kind, 1)    \
+    ACCESS(what, kind, 2)    \
+    ACCESS(what, kind, 4)    \
+    ACCESS(what, kind, 8)    \
+    ACCESS(what, kind, 16)   \
+    ACCESS_ANY(what, kind)
+ACCESSES("read", load)
+ACCESSES("write", store)
 
 // The compiler's record of a global variable and the red zone behind it.
 struct Global {

@@ -20,18 +20,9 @@ int answer = IDABORT;
 bool is_shift_held = false;
 bool can_write = true;
 
-void say(const std::string& text) {
-    std::fputs((text + '\n').c_str(), stdout);
-    std::fflush(stdout);
-}
-
 int WINAPI answer_box(HWND, const wchar_t* text, const wchar_t*, UINT flags) {
     if (std::wstring(text).starts_with(L"Debug Assertion Failed!")) return answer;
-    // Without the path.
-    const std::wstring start = std::wstring(text).substr(0, 27);
-    char number[32];
-    std::snprintf(number, sizeof number, ", flags 0x%x", flags);
-    say(std::string(start.begin(), start.end()) + number);
+    std::printf("%.27ls, flags 0x%x\n", text, flags);  // without the path
     return IDOK;
 }
 
@@ -59,29 +50,29 @@ const impl::DebugHelpCalls debug_help = {[]() -> const impl::DebugHelp& {
 struct Late {
     ~Late() {
         if (answer != IDIGNORE) return;
-        if (report_failed_debug_assert("file.cpp", 2, nullptr, "late", nullptr)) say("late: go on");
+        if (report_failed_debug_assert("file.cpp", 2, nullptr, "late", nullptr))
+            std::puts("late: go on");
     }
 };
 
 }  // namespace
 
 int main(int, char** argv) {
+    std::setvbuf(stdout, nullptr, _IONBF, 0);  // nobody writes the rest after an abortion
     const std::string modifier = argv[1];
     is_shift_held = !modifier.empty();
     can_write = modifier != "SHIFT, no dump";
     impl::user_interface_calls = &user_interface;
     impl::debug_help_calls = &debug_help;
     set_diagnostic_trace_handlers(
-        nullptr,
-        [](const SourceLocation&, const SourceString&, const char*, unsigned) { return true; },
-        nullptr);
+        nullptr, [](auto&, auto&, auto, auto) { return true; }, nullptr);
     static const Late late;
     if (modifier == "late") {
         answer = IDIGNORE;
         is_shift_held = false;
         return 0;
     }
-    std::signal(SIGABRT, [](int) { say("SIGABRT"); });
+    std::signal(SIGABRT, [](int) { std::puts("SIGABRT"); });
     report_failed_debug_assert("file.cpp", 1, nullptr, "false", nullptr);
     return 0;
 }
