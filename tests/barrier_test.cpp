@@ -15,6 +15,7 @@
 namespace {
 
 using namespace tarvcore;
+using tarv_test::raised_what;
 
 ErrorInfo::Ptr error_of(const char* message) {
     return ErrorInfo::create(error::tarvcore, message, SourceLocation());
@@ -54,13 +55,11 @@ AnyResultBarrier results_in(const std::string& states) {
 
 template <class Barrier>
 std::string answers(const Barrier& barrier) {
-    std::string text;
-    text += barrier.any_ready() ? 'R' : '-';
-    text += barrier.any_failed() ? 'F' : '-';
-    text += barrier.any_successful() ? 'S' : '-';
-    text += barrier.all_ready() ? 'r' : '-';
-    text += barrier.all_failed() ? 'f' : '-';
-    text += barrier.all_successful() ? 's' : '-';
+    const bool answers[] = {barrier.any_ready(), barrier.any_failed(), barrier.any_successful(),
+                            barrier.all_ready(), barrier.all_failed(), barrier.all_successful()};
+    std::string text = "RFSrfs";
+    for (unsigned i = 0; i < text.size(); ++i)
+        if (!answers[i]) text[i] = '-';
     return text;
 }
 
@@ -75,17 +74,16 @@ TEST(Barrier, AnswersForAll) {
         EXPECT_EQ(answers(futures_in(row.states)), row.answers) << row.states;
         EXPECT_EQ(answers(results_in(row.states)), row.answers) << row.states;
         const bool ready = row.answers[3] == 'r';
-        for (const RelativeTime& time : {RelativeTime(), RelativeTime::nanoseconds(-1),
-                                         RelativeTime::nanoseconds(INT64_MIN)}) {
-            EXPECT_EQ(futures_in(row.states).wait(time), ready) << row.states;
-            EXPECT_EQ(futures_in(row.states).wait(AbsoluteTime(time)), ready) << row.states;
-            EXPECT_EQ(results_in(row.states).wait(time), ready) << row.states;
-            EXPECT_EQ(results_in(row.states).wait(AbsoluteTime(time)), ready) << row.states;
-        }
-        if (ready) {
-            futures_in(row.states).wait();
-            results_in(row.states).wait(RelativeTime::max_time);
-        }
+        const auto wait = [&](const auto& barrier) {
+            for (const RelativeTime& time : {RelativeTime(), RelativeTime::nanoseconds(-1),
+                                             RelativeTime::nanoseconds(INT64_MIN)}) {
+                EXPECT_EQ(barrier.wait(time), ready) << row.states;
+                EXPECT_EQ(barrier.wait(AbsoluteTime(time)), ready) << row.states;
+            }
+            if (ready) barrier.wait();
+        };
+        wait(futures_in(row.states));
+        wait(results_in(row.states));
     }
     // Empty results are among the pending ones, and cannot be waited for.
     EXPECT_EQ(answers(results_in("se")), "R-S---");
@@ -118,34 +116,25 @@ TEST(Barrier, WaitsForOneAfterTheOther) {
 }
 
 TEST(Barrier, LetsGoWhatIsReady) {
-    AnyFutureBarrier barrier;
-    Future<int> pending[] = {future_in<int>('p'), future_in<int>('p'), future_in<int>('p')};
+    const Future<int> pending[] = {future_in<int>('p'), future_in<int>('p')};
+    AnyFutureBarrier barrier = futures_in("sf");
     for (const auto& future : pending) {
-        barrier.push_back(future_in<int>('s'));
         barrier.push_back(future);
         barrier.push_back(future_in<int>('f'));
     }
-    const AnyFutureBarrier copy = barrier;
     barrier.remove_all_ready();
-    ASSERT_EQ(barrier.size(), 3u);
-    for (unsigned i = 0; i < 3; ++i) {
-        EXPECT_EQ(Future<int>(barrier.begin()[static_cast<int>(i)]), pending[i]);
-    }
-    EXPECT_EQ(copy.size(), 9u);
-    EXPECT_EQ(Future<int>(*barrier.erase(barrier.begin())), pending[1]);
+    ASSERT_EQ(barrier.size(), 2u);
+    EXPECT_EQ(Future<int>(*barrier.begin()), pending[0]);
 
-    EXPECT_EQ(barrier.size(), 2u);
-    EXPECT_TRUE(pending[1].signal(7));
     const auto error = error_of("too late");
-    EXPECT_EQ(copy.begin()[1].set(error), true);
+    EXPECT_TRUE(pending[0].signal(7));
     EXPECT_EQ(barrier.set_error_if_not_ready(error), 1u);
-    EXPECT_EQ(pending[2].error_info(), error);
-    EXPECT_EQ(pending[1].get(), 7);
+    EXPECT_EQ(pending[0].get(), 7);
+    EXPECT_EQ(pending[1].error_info(), error);
     AnyFutureBarrier other;
     other.swap(barrier);
     EXPECT_TRUE(barrier.empty());
-    other.clear();
-    EXPECT_TRUE(other.empty());
+    EXPECT_EQ(Future<int>(*other.erase(other.begin())), pending[1]);
 
     const auto future = Future<void>::create();
     AnyResultBarrier results = results_in("sfe");
@@ -166,24 +155,16 @@ TEST(Barrier, KnowsTheTypesOfItsValues) {
     EXPECT_THROW(static_cast<void>(Future<void>(future)), BadFutureCast);
     const impl::AnyFuture without(Future<void>::create());
     EXPECT_FALSE(Future<void>(without).is_ready());
-    try {
-        static_cast<void>(Future<int>(without));
-        ADD_FAILURE();
-    } catch (const std::bad_cast& e) {
-        EXPECT_STREQ(e.what(), "AnyFutureBarrier : bad future cast");
-    }
+    EXPECT_EQ(raised_what([&] { return Future<int>(without); }),
+              "AnyFutureBarrier : bad future cast");
 
     const impl::AnyResult result(Result<int>(impl::create_value_result<int>(7)));
     EXPECT_EQ(Result<int>(result).get(), 7);
     const impl::AnyResult success(Result<void>(impl::create_value_result<void>()));
     Result<void>(success).get();
     EXPECT_FALSE(Result<int>(impl::AnyResult(Result<void>())).is_waitable()) << "of any type";
-    try {
-        static_cast<void>(Result<int>(success));
-        ADD_FAILURE();
-    } catch (const std::bad_cast& e) {
-        EXPECT_STREQ(e.what(), "AnyResultBarrier : bad result cast");
-    }
+    EXPECT_EQ(raised_what([&] { return Result<int>(success); }),
+              "AnyResultBarrier : bad result cast");
 }
 
 }  // namespace

@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/trials.h"
@@ -21,36 +23,53 @@ namespace {
 // Runs a few threads, as fibers, step by step in every possible order.
 class Explorer {
 public:
-    static constexpr unsigned timed_out = 0x100;  // beside a thread's number: its time is over
-
-    Explorer() { instance = this; }
-
-    // Runs the bodies once for each order of their steps; `check` after each.
-    void explore(const std::vector<std::function<void()>>& bodies,
-                 const std::function<void()>& prepare, const std::function<void()>& check) {
-        main_ = ConvertThreadToFiber(nullptr);
-        threads_.assign(bodies.size(), {});
+    explicit Explorer(const std::vector<std::function<void()>>& bodies)
+        : main_(ConvertThreadToFiber(nullptr)), threads_(bodies.size()) {
+        instance = this;
         for (unsigned i = 0; i < bodies.size(); ++i) {
             threads_[i].body = &bodies[i];
             threads_[i].fiber = CreateFiber(1 << 16, run_fiber, &threads_[i]);
         }
-        choices_.clear();
-        do {
-            prepare();
-            for (Thread& thread : threads_) {
-                thread.asleep = thread.done = false;
-            }
-            run_once();
-            check();
-            ++runs;
-            while (!choices_.empty() && choices_.back().taken + 1 == choices_.back().options)
-                choices_.pop_back();
-            if (!choices_.empty()) ++choices_.back().taken;
-        } while (!choices_.empty() && !testing::Test::HasFailure());
-        for (const Thread& thread : threads_) {
+    }
+    ~Explorer() {
+        for (const Thread& thread : threads_)
             DeleteFiber(thread.fiber);
-        }
         ConvertFiberToThread();
+    }
+
+    // Runs all bodies to their ends, in the order whose turn it is.
+    void run() {
+        for (Thread& thread : threads_)
+            thread.asleep = thread.done = false;
+        // Up to its first step nobody sees what a thread does.
+        for (current_ = 0; current_ < threads_.size(); ++current_)
+            SwitchToFiber(threads_[current_].fiber);
+        for (unsigned depth = 0;; ++depth) {
+            std::vector<unsigned> runnable;
+            bool all_done = true;
+            for (unsigned i = 0; i < threads_.size(); ++i) {
+                const Thread& thread = threads_[i];
+                all_done &= thread.done;
+                if (!thread.done && (!thread.asleep || thread.may_time_out)) runnable.push_back(i);
+            }
+            if (runnable.empty()) {
+                EXPECT_TRUE(all_done) << "all that are left sleep for ever";
+                return;
+            }
+            const auto options = static_cast<unsigned>(runnable.size());
+            if (depth == choices_.size()) choices_.push_back({0, options});
+            current_ = runnable[choices_[depth].taken];
+            woken_by_time_ = threads_[current_].asleep;
+            SwitchToFiber(threads_[current_].fiber);
+        }
+    }
+    // Goes on to the next order; false: there is none.
+    bool next() {
+        while (!choices_.empty() && choices_.back().taken + 1 == choices_.back().options)
+            choices_.pop_back();
+        if (choices_.empty()) return false;
+        ++choices_.back().taken;
+        return true;
     }
 
     // Of the running thread: lets others take steps.
@@ -65,13 +84,11 @@ public:
         return !woken_by_time_;
     }
     void wake_all() {
-        for (Thread& thread : threads_) {
+        for (Thread& thread : threads_)
             thread.asleep = false;
-        }
     }
 
     static inline Explorer* instance;
-    unsigned runs = 0;
 
 private:
     struct Thread {
@@ -95,32 +112,7 @@ private:
         }
     }
 
-    void run_once() {
-        // Up to its first step nobody sees what a thread does.
-        for (current_ = 0; current_ < threads_.size(); ++current_) {
-            SwitchToFiber(threads_[current_].fiber);
-        }
-        for (unsigned depth = 0;; ++depth) {
-            std::vector<unsigned> runnable;
-            bool all_done = true;
-            for (unsigned i = 0; i < threads_.size(); ++i) {
-                const Thread& thread = threads_[i];
-                all_done &= thread.done;
-                if (!thread.done && (!thread.asleep || thread.may_time_out)) runnable.push_back(i);
-            }
-            if (runnable.empty()) {
-                EXPECT_TRUE(all_done) << "all that are left sleep for ever";
-                return;
-            }
-            const auto options = static_cast<unsigned>(runnable.size());
-            if (depth == choices_.size()) choices_.push_back({0, options});
-            current_ = runnable[choices_[depth].taken];
-            woken_by_time_ = threads_[current_].asleep;
-            SwitchToFiber(threads_[current_].fiber);
-        }
-    }
-
-    void* main_ = nullptr;
+    void* main_;
     std::vector<Thread> threads_;
     std::vector<Choice> choices_;
     unsigned current_ = 0;
@@ -161,17 +153,9 @@ struct SteppedPlatform {
         mutable unsigned value_;
     };
 
-    enum class Limit { none, some };
-
-    struct NoLimit {
-        NoLimit() = default;
-        NoLimit(Limit limit) : may_time_out(limit == Limit::some) {}
-        bool may_time_out = false;
-    };
-
-    static int sleep_while(const Word& word, unsigned state, const NoLimit& limit) {
+    static int sleep_while(const Word& word, unsigned state, bool may_time_out) {
         if (word.load() != state) return 0;
-        return Explorer::instance->sleep(limit.may_time_out) ? 0 : -1;
+        return Explorer::instance->sleep(may_time_out) ? 0 : -1;
     }
     static void wake_all(const Word*) {
         Explorer::instance->step();
@@ -191,7 +175,7 @@ TEST(CompletionWord, KeepsItsPromisesInEveryOrder) {
     std::vector<std::string> casts = {"s", "sr", "ss", "sf", "sw", "st", "sst", "swt"};
     if (tarv_test::is_long_run()) casts.insert(casts.end(), {"ssr", "swr", "srt", "stt"});
     for (const std::string& cast : casts) {
-        SteppedWord* word = nullptr;
+        std::optional<SteppedWord> word;
         int holders = 0;
         int completions = 0;
         const auto hold = [&] {
@@ -202,47 +186,32 @@ TEST(CompletionWord, KeepsItsPromisesInEveryOrder) {
         std::vector<std::function<void()>> bodies;
         for (const char role : cast) {
             bodies.push_back([&, role] {
-                using Limit = SteppedPlatform::Limit;
-                switch (role) {
-                    case 's':
-                        if (word->lock()) {
-                            hold();
-                            ++completions;
-                            word->publish();
-                        } else {
-                            EXPECT_EQ(completions, 1);
-                        }
-                        break;
-                    case 'r':
-                        if (word->lock()) {
-                            hold();
-                            word->unlock();
-                        }
-                        break;
-                    case 't':
-                        if (word->wait(SteppedPlatform::NoLimit(Limit::some)) == 0) {
-                            EXPECT_EQ(completions, 1);
-                        }
-                        break;
-                    default:
-                        EXPECT_EQ(word->wait(SteppedPlatform::NoLimit()), 0);
+                if (role == 's' || role == 'r') {
+                    if (!word->lock()) {
                         EXPECT_EQ(completions, 1);
-                        if (role == 'f') SteppedPlatform::Word::freed = true;
+                        return;
+                    }
+                    hold();
+                    completions += role == 's';
+                    role == 's' ? word->publish() : word->unlock();
+                } else {
+                    const int result = word->wait(role == 't');
+                    EXPECT_TRUE(result == 0 ? completions == 1 : role == 't');
+                    if (role == 'f') SteppedPlatform::Word::freed = true;
                 }
             });
         }
-        Explorer explorer;
-        explorer.explore(
-            bodies,
-            [&] {
-                delete word;
-                word = new SteppedWord;
-                completions = 0;
-                SteppedPlatform::Word::freed = false;
-            },
-            [&] { EXPECT_EQ(completions, 1); });
-        delete word;
-        EXPECT_GE(explorer.runs, cast.size()) << cast;
+        Explorer explorer(bodies);
+        unsigned runs = 0;
+        do {
+            word.emplace();
+            completions = 0;
+            SteppedPlatform::Word::freed = false;
+            explorer.run();
+            EXPECT_EQ(completions, 1);
+            ++runs;
+        } while (explorer.next() && !HasFailure());
+        EXPECT_GE(runs, cast.size()) << cast;
         ASSERT_FALSE(HasFailure()) << cast;
     }
 }

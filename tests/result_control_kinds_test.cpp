@@ -38,12 +38,12 @@ struct Observer final : RefCounted<AtomicRefCount>, IFutureObserverBase, Counted
     void on_future_error(const ErrorInfo::Ptr&) override { tell(); }
     void on_future_success() override { tell(); }
     void tell() {
-        ++told;
+        ++parted;
         dropped.clear();
         throw std::runtime_error("observer");
     }
     std::vector<Result<Value>> dropped;
-    std::atomic<int> told = 0;
+    std::atomic<int> parted = 0;  // told or removed
 };
 
 enum Outcome { none, value, error, cancelled, not_signaled, outcomes };
@@ -101,7 +101,12 @@ TEST(AsyncRaces, EndInOneOutcomeThatAllSee) {
     DWORD handles_before = 0, handles = 0;
     GetProcessHandleCount(GetCurrentProcess(), &handles_before);
 
-    const auto let_go = [](const Subject& s) { s.handler.clear(); };
+    const auto of_caller = [](auto operation) {
+        return [operation](const Subject& s) {
+            s.handler.clear();
+            operation(s);
+        };
+    };
     const auto see_the_end = [&](const Subject& s) {
         s.log->see(outcome_of(s.result));
         s.log->see(outcome_of(s.result));
@@ -119,46 +124,45 @@ TEST(AsyncRaces, EndInOneOutcomeThatAllSee) {
             s.observer->dropped.push_back(s.result);
         }
         // Every eighth is left to its fate, every other eighth cannot be cancelled.
-        tarv_test::race<Subject>(std::move(subjects),
-                                 {[&](const Subject& s) {
-                                      if (s.number % 8 != 0)
-                                          signal([&] { s.handler->on_async_result_success({}); });
-                                      let_go(s);
-                                  },
-                                  [&](const Subject& s) {
-                                      if (s.number % 8 != 0)
-                                          signal([&] { s.handler->on_async_result_error(bad); });
-                                      let_go(s);
-                                  },
-                                  [&](const Subject& s) {
-                                      let_go(s);
-                                      if (s.number % 8 > 1)
-                                          signal([&] { s.result.cancel(false, {}); });
-                                  },
-                                  [&](const Subject& s) {
-                                      if (s.number % 8 > 1)
-                                          signal([&] { s.handler->cancel(true, bad); });
-                                      let_go(s);
-                                  },
-                                  [&](const Subject& s) {
-                                      let_go(s);
-                                      s.result.wait();
-                                      see_the_end(s);
-                                  },
-                                  [&](const Subject& s) {
-                                      let_go(s);
-                                      while (!s.result.wait(RelativeTime::microseconds(200)))
-                                          ;
-                                      see_the_end(s);
-                                  },
-                                  [&](const Subject& s) {
-                                      let_go(s);
-                                      signal([&] { s.future.add_observer(s.observer); });
-                                  },
-                                  let_go});
+        const auto signals = [&](const Subject& s) { return s.number % 8 != 0; };
+        const auto cancels = [&](const Subject& s) { return s.number % 8 > 1; };
+        tarv_test::race<Subject>(
+            std::move(subjects),
+            {
+                [&](const Subject& s) {
+                    if (signals(s)) signal([&] { s.handler->on_async_result_success({}); });
+                    s.handler.clear();
+                },
+                [&](const Subject& s) {
+                    if (signals(s)) signal([&] { s.handler->on_async_result_error(bad); });
+                    s.handler.clear();
+                },
+                [&](const Subject& s) {
+                    if (cancels(s)) signal([&] { s.handler->cancel(true, bad); });
+                    s.handler.clear();
+                },
+                of_caller([&](const Subject& s) {
+                    if (cancels(s)) signal([&] { s.result.cancel(false, {}); });
+                }),
+                of_caller([&](const Subject& s) {
+                    s.result.wait();
+                    see_the_end(s);
+                }),
+                of_caller([&](const Subject& s) {
+                    while (!s.result.wait(RelativeTime::microseconds(200)))
+                        ;
+                    see_the_end(s);
+                }),
+                of_caller(
+                    [](const Subject& s) { signal([&] { s.future.add_observer(s.observer); }); }),
+                of_caller([](const Subject& s) {
+                    if (s.number % 2 != 0)
+                        s.observer->parted += s.future.remove_observer(s.observer.get());
+                }),
+            });
         for (unsigned i = 0; i < batch; ++i) {
             ASSERT_EQ(logs[i]->disagreements, 0);
-            ASSERT_EQ(observers[i]->told, 1);
+            ASSERT_EQ(observers[i]->parted, 1);
             ++ends[logs[i]->seen];
         }
     }

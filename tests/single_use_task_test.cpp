@@ -30,7 +30,7 @@ std::string address_of(const void* task) {
 }
 
 TEST(SingleUseTask, RunsOnce) {
-    int runs = 0;
+    std::atomic<int> runs = 0, race_runs = 0, refusals = 0;
     SingleUseTask task([&] { ++runs; }, nullptr, where);
     task.run();
     const std::string address = address_of(&task);
@@ -42,13 +42,11 @@ TEST(SingleUseTask, RunsOnce) {
     EXPECT_THROW(failing.run(), std::runtime_error);
 
     using Task = std::shared_ptr<SingleUseTask>;
-    std::atomic<int> race_runs = 0, refusals = 0;
     std::vector<Task> tasks;
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 1000; ++i)
         tasks.push_back(std::make_shared<SingleUseTask>([&] { ++race_runs; }, nullptr, where));
-    }
     const auto run = [&](const Task& task_to_run) {
-        if (!raised([&] { task_to_run->run(); }).empty()) ++refusals;
+        refusals += !raised([&] { task_to_run->run(); }).empty();
     };
     tarv_test::race<Task>(std::move(tasks), {run, run});
     EXPECT_EQ(race_runs, 1000);
@@ -78,34 +76,26 @@ TEST(SingleUseTask, TellsItsHandler) {
             if (row.is_run) task.run();
             EXPECT_EQ(result.is_ready(), row.is_run) << row.code << ": work is not kept";
         }
-        EXPECT_EQ(result.has_value(), row.code.empty());
-        if (result.has_error()) {
-            EXPECT_EQ(result.error_info()->code().as_string(), row.code);
-        }
+        const std::string error = raised([&] { result.get(); });
         if (!row.is_run) {
-            EXPECT_EQ(raised([&] { result.get(); }),
-                      "error.tarvcore.task.notExecuted The task at " + address +
-                          " was never executed. ['address' => \"" + address + "\"] f() //file");
+            EXPECT_EQ(error, row.code + " The task at " + address +
+                                 " was never executed. ['address' => \"" + address +
+                                 "\"] f() //file");
         }
+        EXPECT_EQ(error.substr(0, error.find(' ')), row.code);
     }
 }
 
 TEST(AsyncOpHandle, CancelsOnce) {
-    const auto value = Result<void>(impl::create_value_result<void>());
     const auto future = Future<void>::create();
     const Result<void> pending(new impl::FutureResultImpl<void>(future));
-    AsyncOpHandle handle(value);
-    handle.cancel(true, {});
-    EXPECT_TRUE(value.has_value());
-    handle.cancel(true, {});
-
-    handle = pending;
+    AsyncOpHandle handle = pending;
     AsyncOpHandle copy = handle;
     handle = AsyncOpHandle(Result<int>());
     handle.cancel(true, {});
     EXPECT_FALSE(pending.is_ready()) << "empty";
     copy.cancel(true, {});
-    EXPECT_EQ(pending.error_info()->code().as_string(), "error.tarvcore.result.cancelled");
+    EXPECT_TRUE(impl::result_was_cancelled(pending.error_info()));
 
     // Empty before the operation is told, which may use the handle in turn.
     struct Observer final : IFutureObserverBase {

@@ -1,10 +1,11 @@
 // Threads that get in each other's way.
 #pragma once
 
-#include <atomic>
 #include <functional>
-#include <thread>
+#include <utility>
 #include <vector>
+
+#include "tests/support/threads.h"
 
 namespace tarv_test {
 
@@ -14,25 +15,14 @@ namespace tarv_test {
 template <class Subject>
 void race(std::vector<Subject> subjects,
           const std::vector<std::function<void(const Subject&)>>& operations) {
-    std::atomic<std::size_t> arrived = 0;
-    std::vector<std::thread> threads;
-    for (const auto& operation : operations) {
-        threads.emplace_back([&arrived, &operations, &operation, copies = subjects]() mutable {
-            ++arrived;
-            while (arrived <= operations.size())
-                std::this_thread::yield();
-            for (Subject& copy : copies) {
-                const Subject own = std::move(copy);
-                operation(own);
-            }
-        });
-    }
-    while (arrived < operations.size())
-        std::this_thread::yield();
+    std::vector<std::vector<Subject>> copies(operations.size(), subjects);
     subjects.clear();
-    ++arrived;
-    for (std::thread& thread : threads)
-        thread.join();
+    run_threads(operations.size(), [&](unsigned i) {
+        for (Subject& copy : copies[i]) {
+            const Subject own = std::move(copy);
+            operations[i](own);
+        }
+    });
 }
 
 }  // namespace tarv_test

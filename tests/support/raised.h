@@ -1,6 +1,7 @@
 // Errors as text to compare.
 #pragma once
 
+#include <exception>
 #include <sstream>
 #include <string>
 
@@ -28,6 +29,17 @@ std::string raised(Operation operation) {
         for (auto cause = error.nested(); cause; cause = cause->nested())
             os << "\n< " << cause->code().as_string();
         return os.str();
+    }
+}
+
+// What an operation's exception says of itself; empty where it raises none.
+template <class Operation>
+std::string raised_what(Operation operation) {
+    try {
+        operation();
+        return {};
+    } catch (const std::exception& e) {
+        return e.what();
     }
 }
 
