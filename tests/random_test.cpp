@@ -8,17 +8,17 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
-#include <bit>
 #include <cstring>
+#include <functional>
 #include <random>
 #include <set>
-#include <thread>
+#include <sstream>
 #include <vector>
 
 #include "tarvcore/impl/random_generator.h"
 #include "tarvcore/impl/simd_level.h"
 #include "tests/support/guarded_memory.h"
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -41,35 +41,14 @@ constexpr impl::EntropyCalls fixed_calls = {
     next_counter,
 };
 
-// The textbook's twist and tempering, word by word.
+// The standard's generator with the library's seeding.
 struct Model {
-    std::array<std::uint32_t, 624> state;
-    unsigned position = 624;
-
-    void twist() {
-        for (unsigned i = 0; i < 624; ++i) {
-            const std::uint32_t y = (state[i] & 0x80000000) + (state[(i + 1) % 624] & 0x7FFFFFFF);
-            state[i] = state[(i + 397) % 624] ^ (y >> 1) ^ (y % 2 == 0 ? 0 : 0x9908B0DF);
-        }
-        position = 0;
-    }
-    static std::uint32_t temper(std::uint32_t y) {
-        y ^= y >> 11;
-        y ^= (y << 7) & 0x9D2C5680;
-        y ^= (y << 15) & 0xEFC60000;
-        return y ^ (y >> 18);
-    }
-};
-
-struct SeededModel : Model {
+    std::array<std::uint32_t, 624> state = {0x89ABCDEF, 0x01234567, 1111, 2222, 3333};
+    std::array<std::uint32_t, 624> generation;
+    unsigned position = 0;
     std::uint64_t tsc = first_counter;
 
-    SeededModel() {
-        state[0] = 0x89ABCDEF;
-        state[1] = 0x01234567;
-        state[2] = 1111;
-        state[3] = 2222;
-        state[4] = 3333;
+    Model() {
         tsc += 0x100000001;
         state[5] = static_cast<std::uint32_t>(tsc);
         state[6] = static_cast<std::uint32_t>(tsc >> 32);
@@ -84,26 +63,24 @@ struct SeededModel : Model {
         state[1] ^= static_cast<std::uint32_t>(tsc >> 32);
         state[2] ^= ~static_cast<std::uint32_t>(tsc);
         state[3] ^= ~static_cast<std::uint32_t>(tsc >> 32);
-        twist();
+        // A generator takes and tells its state as text, with the words that are used up behind.
+        std::stringstream text;
+        for (const std::uint32_t word : state)
+            text << word << ' ';
+        std::mt19937 standard;
+        text << state.size() << ' ';
+        text >> standard;
+        std::ranges::generate(generation, std::ref(standard));
+        text << standard;
+        for (std::uint32_t& word : state)
+            text >> word;
+        position = 0;
     }
     std::uint32_t draw() {
         if (position == 624) generate();
-        return temper(state[position++]);
+        return generation[position++];
     }
 };
-
-TEST(Random, ModelIsTheMersenneTwister) {
-    Model model;
-    model.state[0] = 5489;
-    for (unsigned i = 1; i < 624; ++i) {
-        model.state[i] = (model.state[i - 1] ^ (model.state[i - 1] >> 30)) * 1812433253 + i;
-    }
-    std::mt19937 standard;
-    for (int i = 0; i < 3000; ++i) {
-        if (model.position == 624) model.twist();
-        ASSERT_EQ(Model::temper(model.state[model.position++]), standard());
-    }
-}
 
 class RandomAtEveryLevel : public testing::TestWithParam<impl::SimdLevel> {
 protected:
@@ -117,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(Random, RandomAtEveryLevel,
 TEST_P(RandomAtEveryLevel, DrawsAndFillsAsTheModel) {
     counter = 0;
     RandomGenerator generator(fixed_calls);
-    SeededModel model;
+    Model model;
     tarv_test::GuardedMemory memory(1 << 16);
     std::mt19937 choice(1);
     // Sizes about a word, a vector, a generation and several of them, at every alignment.
@@ -142,26 +119,16 @@ TEST_P(RandomAtEveryLevel, DrawsAndFillsAsTheModel) {
 
 // Also the process's first numbers: several threads ask for them at once.
 TEST(Random, ThreadsShareOneSequence) {
-    constexpr unsigned thread_count = 4;
-    std::atomic<unsigned> missing = thread_count;
-    std::vector<std::vector<std::uint32_t>> drawn(thread_count);
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < thread_count; ++i) {
-        threads.emplace_back([&, i] {
-            --missing;
-            while (missing != 0)
-                std::this_thread::yield();
-            std::vector<std::uint32_t>& mine = drawn[i];
-            mine.resize(1 << 18);
-            if (i % 2 == 0) {
-                random_fill(mine.data(), mine.size() * 4);
-            } else {
-                std::generate(mine.begin(), mine.end(), random_uint32);
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    std::vector<std::vector<std::uint32_t>> drawn(4);
+    tarv_test::run_threads(drawn.size(), [&](unsigned i) {
+        std::vector<std::uint32_t>& mine = drawn[i];
+        mine.resize(1 << 18);
+        if (i % 2 == 0) {
+            random_fill(mine.data(), mine.size() * 4);
+        } else {
+            std::generate(mine.begin(), mine.end(), random_uint32);
+        }
+    });
 
     // Four words that two threads share would be no chance: 2^-128 for each pair of places.
     std::set<std::array<std::uint32_t, 4>> tuples;
@@ -179,39 +146,33 @@ TEST(Random, ThreadsShareOneSequence) {
 }
 
 TEST(Random, EveryKindUsesAllItsBits) {
-    std::uint64_t set = 0;
-    std::uint64_t clear = 0;
-    const auto look = [&](std::uint64_t bits) {
-        set |= bits;
-        clear |= ~bits;
+    const auto check = [](const char* kind, auto draw, unsigned bits) {
+        std::uint64_t set = 0;
+        std::uint64_t clear = 0;
+        for (int i = 0; i < 200; ++i) {
+            const auto value = static_cast<std::uint64_t>(draw());
+            set |= value;
+            clear |= ~value;
+        }
+        const std::uint64_t all = ~std::uint64_t{0} >> (64 - bits);
+        EXPECT_EQ(set & clear & all, all) << kind;
     };
-    const auto expect_all = [&](const char* kind, std::uint64_t mask) {
-        EXPECT_EQ(set & mask, mask) << kind;
-        EXPECT_EQ(clear & mask, mask) << kind;
-        set = clear = 0;
+    check("int", random_int, 32);
+    check("uint", random_uint, 32);
+    check("int32", random_int32, 32);
+    check("uint32", random_uint32, 32);
+    check("long", random_long, 32);
+    check("ulong", random_ulong, 32);
+    check("int64", random_int64, 64);
+    check("uint64", random_uint64, 64);
+    const auto digits_of_double = [] {
+        const double digits = random_double() * 0x1p53;
+        const auto whole = static_cast<std::uint64_t>(digits);
+        EXPECT_EQ(static_cast<double>(whole), digits);
+        EXPECT_EQ(whole >> 53, 0u);
+        return whole;
     };
-    const auto check = [&](const char* kind, auto draw) {
-        for (int i = 0; i < 200; ++i)
-            look(static_cast<std::uint64_t>(draw()));
-        expect_all(kind, sizeof(draw()) == 8 ? ~std::uint64_t{0} : 0xFFFFFFFF);
-    };
-    check("int", random_int);
-    check("uint", random_uint);
-    check("int32", random_int32);
-    check("uint32", random_uint32);
-    check("long", random_long);
-    check("ulong", random_ulong);
-    check("int64", random_int64);
-    check("uint64", random_uint64);
-    for (int i = 0; i < 100'000; ++i) {
-        const double value = random_double();
-        ASSERT_GE(value, 0.0);
-        ASSERT_LT(value, 1.0);
-        const double scaled = value * 0x1p53;
-        ASSERT_EQ(scaled, static_cast<double>(static_cast<std::uint64_t>(scaled)));
-        look(static_cast<std::uint64_t>(scaled));
-    }
-    expect_all("double", (std::uint64_t{1} << 53) - 1);
+    check("double", digits_of_double, 53);
 }
 
 }  // namespace

@@ -44,25 +44,20 @@ static_assert(std::is_constructible_v<Ptr, RefCountPtr<Derived>>, "its twin");
 TEST_F(RefCountPtrTest, ReplacingStoresTheNewPointerFirst) {
     Object* const replacement = new Object;
     const Ptr keeper(replacement);
-    const auto replace = {
-        +[](Ptr& p, Object* o) { p = o; },
-        +[](Ptr& p, Object* o) { p = Ptr(o); },
-        +[](Ptr& p, Object* o) { p.reset(o); },
-        +[](Ptr& p, Object* o) { p.attach(Ptr(o).detach()); },
+    const std::pair<void (*)(Ptr&, Object*), Object*> ways[] = {
+        {[](Ptr& p, Object* o) { p = o; }, replacement},
+        {[](Ptr& p, Object* o) { p = Ptr(o); }, replacement},
+        {[](Ptr& p, Object* o) { p.reset(o); }, replacement},
+        {[](Ptr& p, Object* o) { p.attach(Ptr(o).detach()); }, replacement},
+        {[](Ptr& p, Object*) { p.clear(); }, nullptr},
     };
-    for (const auto& way : replace) {
+    for (const auto& [replace, expected] : ways) {
         Ptr pointer(new Object);
-        Object* seen = nullptr;
+        Object* seen = pointer.get();
         pointer->on_destroy = [&] { seen = pointer.get(); };
-        way(pointer, replacement);
-        EXPECT_EQ(seen, replacement);
+        replace(pointer, replacement);
+        EXPECT_EQ(seen, expected);
     }
-
-    Ptr pointer(new Object);
-    Object* seen = replacement;
-    pointer->on_destroy = [&] { seen = pointer.get(); };
-    pointer.clear();
-    EXPECT_EQ(seen, nullptr);
     EXPECT_TRUE(keeper->has_unique_ref());
 }
 
@@ -111,15 +106,12 @@ TEST_F(RefCountPtrTest, ComparesAndTests) {
     const Ptr a(new Object);
     const Ptr b(new Object);
     const Ptr null;
-    EXPECT_TRUE(a && !null && !!a && null.is_null());
-    EXPECT_TRUE(a == a.as_const_ptr());
+    EXPECT_TRUE(a && !null && a == a.as_const_ptr() && null == nullptr);
     EXPECT_FALSE(a == b) << "two pointers that are not null";
-    EXPECT_TRUE(null == nullptr && a != nullptr);
     EXPECT_TRUE(a->has_unique_ref()) << "as_const_ptr counts nothing";
 
     const RefCountPtr<Derived> derived(new Derived);
-    const Ptr base(derived);
-    EXPECT_TRUE(base == derived);
+    EXPECT_TRUE(Ptr(derived) == derived);
 }
 
 }  // namespace

@@ -5,10 +5,12 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
+#include <atomic>
+#include <utility>
 #include <vector>
 
 #include "tarvcore/ref_count_ptr.h"
+#include "tests/support/racers.h"
 
 namespace {
 
@@ -47,7 +49,7 @@ TEST(AtomicStrongWeakRefCount, DoesNotReviveTheDead) {
 template <class Counter>
 class Recycled : public RefCounted<Counter> {
 public:
-    explicit Recycled(int& destroyed) : destroyed_(destroyed) {}
+    explicit Recycled(std::atomic<int>& destroyed) : destroyed_(destroyed) {}
     ~Recycled() override = default;
 
 protected:
@@ -57,11 +59,11 @@ protected:
     }
 
 private:
-    int& destroyed_;
+    std::atomic<int>& destroyed_;
 };
 
 TYPED_TEST(RefCountTest, LastReleaseDestroysOnceThroughTheOverride) {
-    int destroyed = 0;
+    std::atomic<int> destroyed = 0;
     RefCountPtr<Recycled<TypeParam>> first(new Recycled<TypeParam>(destroyed));
     EXPECT_TRUE(first->has_unique_ref());
     RefCountPtr<RefCounted<TypeParam>> second(first);
@@ -73,20 +75,18 @@ TYPED_TEST(RefCountTest, LastReleaseDestroysOnceThroughTheOverride) {
 }
 
 TEST(RefCounted, ThreadsAgreeOnTheLastReference) {
-    int destroyed = 0;
-    RefCountPtr<Recycled<AtomicRefCount>> shared(new Recycled<AtomicRefCount>(destroyed));
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([copy = shared] {
-            for (int round = 0; round < 50'000; ++round)
-                RefCountPtr(copy).clear();
-        });
-    }
-    shared.clear();
-    for (std::thread& thread : threads)
-        thread.join();
-    threads.clear();
-    EXPECT_EQ(destroyed, 1);
+    using Ptr = RefCountPtr<Recycled<AtomicRefCount>>;
+    std::atomic<int> destroyed = 0;
+    std::vector<Ptr> objects;
+    for (int i = 0; i < 1000; ++i)
+        objects.emplace_back(new Recycled<AtomicRefCount>(destroyed));
+    const auto count_up_and_down = [](const Ptr& shared) {
+        for (int round = 0; round < 50; ++round)
+            RefCountPtr(shared).clear();
+    };
+    tarv_test::race<Ptr>(std::move(objects), {count_up_and_down, count_up_and_down,
+                                              count_up_and_down, count_up_and_down});
+    EXPECT_EQ(destroyed, 1000);
 }
 
 }  // namespace
