@@ -213,35 +213,12 @@ TEST(AbsoluteTimeParser, Rejects) {
 }
 
 TEST(AbsoluteTimeParser, DamagedTexts) {
-    tarv_test::check_damaged(
-        {"2014-07-16T13:23:00.123456789Z", "20140716 132300,5z",
-         "2014-07-16t13:23.9999999999999999999", "20140716T13.99999999999999999999Z",
-         "9999-12-31T23:59:59.999999999Z", "2262-04-11T23:47:16.854775806", "##INFINITE##", "inf"},
-        check);
-}
-
-TEST(AbsoluteTimeParser, RandomTexts) {
-    const char* const dates[] = {"2014-07-16", "20140716", "1677-09-21", "22620411", "2024-02-30"};
-    const char* const separators[] = {" ", "T", "t", "", "-"};
-    const char* const fields[] = {"00", "13", "23", "24", "59", "60", "5"};
-    const char* const joints[] = {":", ":", "", "."};
-    const char* const digits[] = {"", "5", "49999999999999", "99999999", "145224192", "854775807"};
-    const char* const ends[] = {"", "Z", "z", "+01", "Z "};
-    std::mt19937 random(8601);
-    const auto any = [&random](const auto& list) { return list[random() % std::size(list)]; };
-    unsigned accepted = 0;
-    for (unsigned i = tarv_test::trials(30'000); i != 0; --i) {
-        std::string text = std::string(any(dates)) + any(separators) + any(fields);
-        const char* joint = any(joints);
-        for (auto count = random() % 3; count != 0; --count)
-            text += std::string(random() % 8 ? joint : any(joints)) + any(fields);
-        if (random() % 2) text += std::string(random() % 4 ? "." : ",") + any(digits);
-        text += any(ends);
-        if (random() % 8 == 0) text[random() % text.size()] = "0:.Z,- \0"[random() % 8];
-        ASSERT_NO_FATAL_FAILURE(check(text));
-        accepted += SlowReader::read<Oracle>(text).fault.empty();
-    }
-    EXPECT_GT(accepted, tarv_test::trials(1000));
+    tarv_test::check_damaged({"2014-07-16T13:23:00.123456789Z", "20140716 132300,5z",
+                              "2014-07-16t13:23.9999999999999999999",
+                              "20140716T13.99999999999999999999Z", "9999-12-31T23:59:59.999999999Z",
+                              "2262-04-11T23:47:16.854775806", "1677-09-21 00:12:43.145224192",
+                              "2024-02-30T24:00:00,000z", "20000229 2400", "##INFINITE##", "inf"},
+                             check);
 }
 
 TEST(AbsoluteTimeParser, AMegabyteOfDigits) {

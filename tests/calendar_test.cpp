@@ -10,12 +10,14 @@
 #include <limits>
 #include <random>
 
+#include "tests/support/pattern.h"
 #include "tests/support/raised.h"
 #include "tests/support/trials.h"
 
 namespace {
 
 using namespace tarvcore;
+using tarv_test::agrees;
 using tarv_test::raised;
 using Components = AbsoluteTime::Components;
 
@@ -199,19 +201,14 @@ TEST(JulianDates, OutOfRange) {
     ErrorInfo::Ptr stored;
     for (const auto& row : rows) {
         const std::string text = raised([&] { (void)Components(row.jd, false); });
-        EXPECT_TRUE(text.starts_with("error.tarvcore.cast." + row.code + ' ')) << text;
-        EXPECT_NE(text.find(row.parameter), text.npos) << text;
+        EXPECT_TRUE(agrees(text, "error.tarvcore.cast." + row.code + " …" + row.parameter + "…"));
         EXPECT_TRUE(AbsoluteTime::from_full_julian_date(row.jd, &stored, true).is_infinite());
         EXPECT_EQ(stored->code().as_string(), "error.tarvcore.cast." + row.code);
     }
-    const auto code_of_day = [](int jdn) {
-        const std::string text = raised([=] { (void)Components(jdn); });
-        return text.substr(0, text.find(' '));
-    };
-    EXPECT_EQ(code_of_day(-1), "error.tarvcore.cast.negativeToUnsigned");
-    EXPECT_EQ(code_of_day(13689326), "error.tarvcore.cast.valueTooBig");
+    EXPECT_TRUE(agrees(raised([] { (void)Components(-1); }), "…cast.negativeToUnsigned …"));
+    EXPECT_TRUE(agrees(raised([] { (void)Components(13689326); }), "…cast.valueTooBig …"));
     // The year, as computed modulo 2^32.
-    EXPECT_NE(raised([] { (void)Components(INT_MAX); }).find("\"5874898\""), std::string::npos);
+    EXPECT_TRUE(agrees(raised([] { (void)Components(INT_MAX); }), "… => \"5874898\"…"));
 
     stored = {};
     EXPECT_EQ(AbsoluteTime::from_julian_day(2440588, &stored).as_nsec(), ns_per_day / 2);

@@ -8,12 +8,11 @@
 
 #include <atomic>
 #include <cmath>
-#include <thread>
-#include <vector>
 
 #include "ace/Time_Value.h"
 #include "tarvcore/hardware/cpu.h"
 #include "tarvcore/impl/shared_counter.h"
+#include "tests/support/threads.h"
 //
 #include <windows.h>
 
@@ -45,29 +44,22 @@ TEST(TimeProvider, GivesTheTimeOfACount) {
 // Threads pass a clock's latest time on: none may be before what another has seen.
 template <class Now>
 void expect_no_step_back(const char* clock, Now now) {
-    constexpr int reads = 1'000'000;
-    constexpr int threads = 3;
     std::atomic<std::int64_t> latest = 0;
     std::atomic<int> steps_back = 0;
-    std::vector<std::thread> running;
-    for (int t = 0; t < threads; ++t) {
-        running.emplace_back([&] {
-            std::int64_t own = 0;
-            for (int i = 0; i < reads / threads; ++i) {
-                const std::int64_t seen = i % 16 == 0 ? latest.load() : own;
-                const std::int64_t time = now().as_nsec();
-                if (time < seen || time < own) ++steps_back;
-                own = time;
-                if (i % 16 == 8) {
-                    for (std::int64_t old = latest; old < own;) {
-                        if (latest.compare_exchange_weak(old, own)) break;
-                    }
+    tarv_test::run_threads(3, [&](unsigned) {
+        std::int64_t own = 0;
+        for (int i = 0; i < 333'333; ++i) {
+            const std::int64_t seen = i % 16 == 0 ? latest.load() : own;
+            const std::int64_t time = now().as_nsec();
+            if (time < seen || time < own) ++steps_back;
+            own = time;
+            if (i % 16 == 8) {
+                for (std::int64_t old = latest; old < own;) {
+                    if (latest.compare_exchange_weak(old, own)) break;
                 }
             }
-        });
-    }
-    for (std::thread& thread : running)
-        thread.join();
+        }
+    });
     EXPECT_EQ(steps_back, 0) << clock;
     EXPECT_GT(latest, 0) << clock;
 }
@@ -83,20 +75,20 @@ TEST(TimeProvider, NeverRunsBackwards) {
 TEST(TimeProvider, ReadsACounterWhole) {
     volatile impl::SharedCounter counter = {~0u, 0, 0};
     std::atomic<bool> ends = false;
-    std::thread writer([&] {
-        for (std::uint32_t high = 1; high < 20'000'000; ++high) {
+    std::atomic<unsigned> bad = 0;
+    tarv_test::run_threads(2, [&](unsigned number) {
+        for (std::uint32_t high = 1; number == 0 && high < 20'000'000; ++high) {
             counter.high_2 = high;
             counter.low = ~high;
             counter.high_1 = high;
         }
-        ends = true;
+        if (number == 0) ends = true;
+        while (!ends) {
+            const std::uint64_t value = impl::read_shared_counter(counter);
+            if (static_cast<std::uint32_t>(value) != ~static_cast<std::uint32_t>(value >> 32))
+                ++bad;
+        }
     });
-    unsigned bad = 0;
-    while (!ends) {
-        const std::uint64_t value = impl::read_shared_counter(counter);
-        if (static_cast<std::uint32_t>(value) != ~static_cast<std::uint32_t>(value >> 32)) ++bad;
-    }
-    writer.join();
     EXPECT_EQ(bad, 0u);
 }
 

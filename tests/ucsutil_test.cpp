@@ -93,15 +93,12 @@ TEST(UcsUtil, ConvertsEveryPairOfUtf16Units) {
         for (unsigned second = 0; second < 0x10000; ++second) {
             text[3 * second] = static_cast<unsigned short>(first);
             text[3 * second + 1] = static_cast<unsigned short>(second);
-            if (!is_high(first)) {
-                // A high surrogate takes the letter along.
-                expected += alone[first];
-                expected += is_high(second) ? bad : alone[second] + 'a';
-            } else if (second / 0x400 == 0x37) {
-                expected += oracle_utf8(0x10000 + first % 0x400 * 0x400 + second % 0x400) + 'a';
-            } else {
-                expected += bad + 'a';
-            }
+            const bool is_pair = is_high(first) && second / 0x400 == 0x37;
+            expected += is_pair ? oracle_utf8(0x10000 + first % 0x400 * 0x400 + second % 0x400)
+                                : alone[first];
+            if (!is_high(first)) expected += alone[second];
+            // A high surrogate takes the letter along.
+            if (is_high(first) || !is_high(second)) expected += 'a';
         }
         std::string utf8(expected.size() + 1, '\0');
         utf8.resize(
