@@ -55,7 +55,7 @@ TEST(AtomicOp64, CarriesBetweenTheHalves) {
 // Adding the two halves' unit at once keeps both halves equal: a torn value shows.
 TEST(AtomicOp64, LosesNothingBetweenThreads) {
     constexpr unsigned long long both_halves = 0x0000000100000001;
-    constexpr int rounds = 100'000;
+    constexpr int rounds = 1'000'000;
     unsigned long long x = 0;
     tarv_test::run_threads(2, [&x](unsigned) {
         for (int i = 0; i < rounds; ++i) {

@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -15,6 +14,7 @@
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -120,25 +120,23 @@ constexpr std::uint32_t htt = 1 << 28;
 
 // Each bit alone, on processors of each vendor: it is one flag, or none.
 TEST(CpuInfo, TellsAFlagOfItsVendorOnly) {
-    const char* vendors[] = {intel, amd, "UMC UMC UMC ", "GenuineTMx86", "nobody knows"};
-    const auto rows_of = [](CpuOptionFlag::Gate gate) {
-        return std::ranges::count(cpu_option_flags(), gate, &CpuOptionFlag::gate);
-    };
-    EXPECT_EQ(rows_of(CpuOptionFlag::Gate::any), 47);
-    EXPECT_EQ(rows_of(CpuOptionFlag::Gate::intel), 35);
-    EXPECT_EQ(rows_of(CpuOptionFlag::Gate::amd), 33);
-    for (const char* vendor : vendors) {
+    const std::pair<const char*, unsigned> vendors[] = {
+        {intel, 82}, {amd, 80}, {"UMC UMC UMC ", 47}, {"GenuineTMx86", 47}, {"nobody knows", 47}};
+    for (const auto& [vendor, flags] : vendors) {
+        unsigned meant = 0;
         for (const CpuOptionFlag& row : cpu_option_flags()) {
             CpuidRegisters registers;
             registers.values[static_cast<unsigned>(row.reg)] = 1u << row.bit;
             const bool is_meant = row.gate == CpuOptionFlag::Gate::any ||
                                   (row.gate == CpuOptionFlag::Gate::intel && vendor == intel) ||
                                   (row.gate == CpuOptionFlag::Gate::amd && vendor == amd);
+            meant += is_meant;
             const std::string expected = is_meant ? std::string("\n") + row.name : "";
             EXPECT_EQ(flags_of(CpuInfo(Processor(vendor, 7, 8).with(row.leaf, registers))),
                       expected);
             EXPECT_EQ(flags_of(CpuInfo(Processor(vendor, 0, 1).with(row.leaf, registers))), "");
         }
+        EXPECT_EQ(meant, flags) << vendor;
     }
 }
 
@@ -287,7 +285,6 @@ TEST(CpuInfo, TellsOfHypervisors) {
     Processor old = processor;
     processor.with(0x40000000, {{0x40000005, 0x7263694D, 0x666F736F, 0x76482074}});
     EXPECT_EQ(CpuInfo(processor).hypervisor_vendor_id(), "Microsoft Hv");
-    EXPECT_EQ(CpuInfo(processor).hypervisor_interface_id(), 0x31237648u);
     old.with(0x40000000, {{0, 0x4B4D564B, 0x564B4D56, 0x4D}});
     EXPECT_EQ(CpuInfo(old).hypervisor_vendor_id(), "KVMKVMKVM");
     EXPECT_EQ(CpuInfo(old).hypervisor_interface_id(), 0x31237648u);
@@ -296,21 +293,21 @@ TEST(CpuInfo, TellsOfHypervisors) {
 TEST(CpuInfo, ReadsBitsOfWhatIsStoredOnly) {
     const CpuInfo info(Processor(intel, 11, 2)
                            .with(4, {{1, 2}})
-                           .with(4, {{1, 4}}, 1)
+                           .with(4, {{1, 0, 0, 4}}, 1)
                            .with(11, level(1, 1, 0))
                            .with(11, level(2, 8, 0), 1));
     EXPECT_TRUE(info.basic_bit_value(4, 1, 1));
     EXPECT_TRUE(info.basic_bit_value(4, 5, 1)) << "the register modulo 4";
     EXPECT_TRUE(info.basic_bit_value(4, -3, 1));
     EXPECT_TRUE(info.basic_subleaf_bit_value(4, 0, 1, 1));
-    EXPECT_TRUE(info.basic_subleaf_bit_value(4, 1, 1, 2));
+    EXPECT_TRUE(info.basic_subleaf_bit_value(4, 1, 3, 2));
     EXPECT_TRUE(info.basic_subleaf_bit_value(11, 1, 1, 3));
     EXPECT_TRUE(info.extended_bit_value(0, 0, 31));
     EXPECT_EQ(info.cpuid_last_extended_level(), 1);
     for (const int beyond : {-1, 12, 0x7FFFFFFF}) {
         EXPECT_FALSE(info.basic_bit_value(beyond, 1, 1));
         EXPECT_FALSE(info.extended_bit_value(beyond, 0, 31));
-        EXPECT_FALSE(info.basic_subleaf_bit_value(4, beyond, 1, 2));
+        EXPECT_FALSE(info.basic_subleaf_bit_value(4, beyond, 3, 2));
         EXPECT_FALSE(info.basic_subleaf_bit_value(11, beyond, 1, 3));
     }
     for (const int bit : {-31, -1, 33, 0x7FFFFFFF})
