@@ -81,8 +81,7 @@ class Tree:
             if old.is_file() and not (new.exists() and new.read_bytes() == old.read_bytes()):
                 shutil.copy2(old, new)
                 new.touch()
-        self.run("cmake", "--preset", "release", "-B", self.build, "-DCMAKE_BUILD_TYPE=Release",
-                 "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG")  # fmt: skip
+        self.run("cmake", "--preset", "release", "-B", self.build)
 
     def run(self, *command: object, limit: float | None = None) -> None:
         """Raises where the command fails, or takes longer; nothing of it is left running then."""

@@ -20,6 +20,17 @@ namespace {
 using namespace tarvcore::impl;
 using namespace tarv_test;
 
+// Before any test forces another one.
+const SimdLevel first_level = simd_level();
+
+TEST(SimdLevel, IsTheMachinesUntilAnotherIsForced) {
+    const SimdLevel expected = __builtin_cpu_supports("avx2")     ? SimdLevel::avx2
+                               : __builtin_cpu_supports("sse4.1") ? SimdLevel::sse41
+                               : __builtin_cpu_supports("ssse3")  ? SimdLevel::ssse3
+                                                                  : SimdLevel::sse2;
+    EXPECT_EQ(first_level, expected);
+}
+
 class UnicodeKernels : public testing::Test {
 protected:
     ~UnicodeKernels() override { force_simd_level(SimdLevel::avx2); }
@@ -107,6 +118,13 @@ TEST_F(UnicodeKernels, ConvertLikeTheOracle) {
         check_capacities(convert_utf16_to_utf8, utf16, random);
         check_capacities(convert_ucs4_to_utf8, ucs4, random);
     }
+}
+
+// More units than a vector's lanes can count to.
+TEST_F(UnicodeKernels, CountLongTexts) {
+    const Units16 utf16(150'000, 0x4E00);
+    EXPECT_EQ(convert_utf16_to_utf8(utf16.data(), utf16.size(), nullptr, 0xFFFFFFFF).written,
+              450'000u);
 }
 
 // Sequences at every place of a block, cut off after every byte.

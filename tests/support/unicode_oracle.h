@@ -109,14 +109,14 @@ public:
     }
 
 private:
-    static constexpr std::uint32_t kinds = 8;
+    static constexpr std::uint32_t kinds = 9;
 
     std::uint32_t of_kind(std::uint32_t kind) {
         constexpr struct {
             std::uint32_t first, count;
-        } ranges[kinds] = {
-            {0, 0x80},        {0, 0x80},           {0x80, 0x780},    {0x800, 0xF800},
-            {0xE000, 0x2000}, {0x10000, 0x100000}, {0x1F300, 0x400}, {0x110000, 0x7FEF0000}};
+        } ranges[kinds] = {{0, 0x80},           {0, 0x80},        {0x80, 0x780},
+                           {0x7F0, 0x20},       {0x800, 0xF800},  {0xE000, 0x2000},
+                           {0x10000, 0x100000}, {0x1F300, 0x400}, {0x110000, 0x7FEF0000}};
         return ranges[kind].first + below(ranges[kind].count);
     }
 
