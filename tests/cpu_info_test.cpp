@@ -171,10 +171,12 @@ TEST(CpuInfo, TakesSignaturesApart) {
     for (const char* vendor : {amd, intel}) {
         EXPECT_EQ(number_signature, 1u) << "changed, though the processor has no number";
         EXPECT_EQ(serial, 2u);
-        CpuInfo(Processor(vendor, 3, 0)
-                    .with(1, {{0x683, 0, 0, 1 << 18}})
-                    .with(3, {{0, 0, 0x11112222, 0x33334444}}))
-            .get_processor_serial_number(number_signature, serial);
+        const CpuInfo info(Processor(vendor, 3, 0)
+                               .with(1, {{0x683, 0, 0, 1 << 18}})
+                               .with(3, {{0, 0, 0x11112222, 0x33334444}}));
+        info.get_processor_serial_number(number_signature, serial);
+        EXPECT_EQ(info.as_string_for_hash(true).ends_with("|0x000006833333444411112222"),
+                  vendor == intel);
     }
     EXPECT_EQ(number_signature, 0x683u);
     EXPECT_EQ(serial, 0x3333444411112222u);
@@ -285,6 +287,10 @@ TEST(CpuInfo, TellsOfHypervisors) {
     Processor old = processor;
     processor.with(0x40000000, {{0x40000005, 0x7263694D, 0x666F736F, 0x76482074}});
     EXPECT_EQ(CpuInfo(processor).hypervisor_vendor_id(), "Microsoft Hv");
+    const std::string raw = trace_of<TraceRawCpuid>(CpuInfo(processor));
+    EXPECT_NE(raw.find("\nHypervisor CPUID\nLeaf=0x40000000 EAX=0x40000005 EBX=0x7263694d "),
+              std::string::npos)
+        << raw;
     old.with(0x40000000, {{0, 0x4B4D564B, 0x564B4D56, 0x4D}});
     EXPECT_EQ(CpuInfo(old).hypervisor_vendor_id(), "KVMKVMKVM");
     EXPECT_EQ(CpuInfo(old).hypervisor_interface_id(), 0x31237648u);

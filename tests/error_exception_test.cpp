@@ -83,12 +83,14 @@ TEST(ErrorException, BuildsItsTextOnceForEachObject) {
 TEST(ErrorException, HasATextWithoutMemory) {
     const ErrorException e(ErrorInfo::create(code, "message", here));
     tarv_test::AllocationWatch watch;
-    for (int n = 0; n < 3; ++n) {
+    std::string_view text;
+    for (int n = 0; !text.starts_with("\nErrorCode:"); ++n) {
         watch.fail_from(n);
-        EXPECT_STREQ(e.what(), "tarvcore::ErrorException");
+        text = e.what();
+        watch.fail_none();
+        ASSERT_TRUE(text == "tarvcore::ErrorException" || text == ErrorException(e.error()).what())
+            << text << " with " << n << " allocations";
     }
-    watch.fail_none();
-    EXPECT_TRUE(std::string(e.what()).starts_with("\nErrorCode:"));
 }
 
 TEST(ErrorException, ThrowingFunctionsPutThePartsInPlace) {

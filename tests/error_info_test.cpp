@@ -66,7 +66,8 @@ TEST(ErrorInfo, FindsTheFirstRecordOfAFamily) {
     const Ptr outer = record_of("error.tarvcore.uuid", middle);
     EXPECT_FALSE(outer->matches("error.os"));
     EXPECT_TRUE(outer->any_matches("error.os") && outer->any_matches(ErrorCode("error.tarvcore")));
-    EXPECT_FALSE(inner->any_matches("error.tarvcore"));
+    EXPECT_TRUE(outer->any_matches("error.os or so", 8));
+    EXPECT_FALSE(inner->any_matches("error.tarvcore") || inner->any_matches("error.tarvcore", 14));
     EXPECT_EQ(outer->first_matching("error.os").get(), middle.get());
     EXPECT_EQ(outer->first_matching("error.os.windows.50", 18).get(), inner.get());
     EXPECT_EQ(outer->first_matching(SourceString("error")).get(), outer.get());

@@ -128,10 +128,13 @@ TEST(SourceString, HandlersMayWriteSharedTexts) {
     const SourceString text("text");
     text.query_trace_data()->set_trace_file_offset(0, 42);
     text.query_trace_data()->set_trace_file_offset(StringTraceData::max_trace_sink_count, 43);
+    EXPECT_EQ(text.query_trace_data()->query_trace_file_offset(2), 0u);
     std::ostringstream os;
     EXPECT_EQ(set_string_trace_handlers(&handlers), nullptr);
+    EXPECT_TRUE(StringTraceData::supported_by_stream(os));
     os << text << SourceString("other") << SourceString(literal, true);
     EXPECT_EQ(set_string_trace_handlers(nullptr), &handlers);
+    EXPECT_FALSE(StringTraceData::supported_by_stream(os));
     os << SourceString("e\0d", 3u);
     EXPECT_EQ(os.str(), std::string("@42otherliterale\0d", 18));
 }
