@@ -106,7 +106,7 @@ class Tree:
         program = self.build / "bin" / f"{layer}_test.exe"
         start = time.monotonic()
         self.run("tests/run_test.sh", "scripts/wine-run", self.build, program, "--gtest_fail_fast",
-                 limit=self.limits.get(layer))  # fmt: skip
+                 limit=self.limits.get(layer, 600))  # fmt: skip
         self.limits.setdefault(layer, 30 + 8 * (time.monotonic() - start))
 
 

@@ -107,17 +107,23 @@ struct Sequences {
     __m128i three;
 };
 
+// The first two bytes of three, with what UTF-8 adds to them, and the last one.
+TARVCORE_SSSE3_INLINE __m128i lead_and_middle(__m128i value, __m128i marks) {
+    return _mm_or_si128(
+        _mm_or_si128(bits(_mm_slli_epi16(value, 2), 0x3F00), _mm_srli_epi16(value, 12)), marks);
+}
+TARVCORE_SSSE3_INLINE __m128i continuation(__m128i value) {
+    return _mm_or_si128(bits(value, 0x3F), units(0x80));
+}
+
 // `value` has the units' bits for their sequences, `short_lead` masks those of at most two bytes,
 // and `marks` are what UTF-8 adds to lead and middle bytes.
 TARVCORE_SSSE3_INLINE Sequences sequences(__m128i current, __m128i value, __m128i short_lead,
                                           __m128i marks) {
     const __m128i one = have(current, 0xFF80, 0);
     const __m128i ones = units(0xFFFF);
-    return {
-        _mm_or_si128(
-            _mm_or_si128(bits(_mm_slli_epi16(value, 2), 0x3F00), _mm_srli_epi16(value, 12)), marks),
-        select(one, current, _mm_or_si128(bits(value, 0x3F), units(0x80))),
-        _mm_xor_si128(one, ones), _mm_xor_si128(short_lead, ones)};
+    return {lead_and_middle(value, marks), select(one, current, continuation(value)),
+            _mm_xor_si128(one, ones), _mm_xor_si128(short_lead, ones)};
 }
 
 TARVCORE_SSSE3_INLINE Sequences sequences(__m128i current) {
@@ -212,12 +218,23 @@ TARVCORE_SSSE3_INLINE bool all_below(unsigned limit, __m128i current) {
     return _mm_movemask_epi8(have(current, ~(limit - 1), 0)) == 0xFFFF;
 }
 
+// The same for units that make three bytes each; there is ample room.
+TARVCORE_SSSE3_INLINE unsigned put_long(__m128i current, char* destination) {
+    const __m128i first_two = lead_and_middle(current, units(0x80E0));
+    const __m128i last = continuation(current);
+    const __m128i three = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+    store(destination, _mm_shuffle_epi8(_mm_unpacklo_epi16(first_two, last), three));
+    store(destination + 12, _mm_shuffle_epi8(_mm_unpackhi_epi16(first_two, last), three));
+    return 24;
+}
+
 // The same for any units that are no surrogates.
 template <bool is_ample>
 TARVCORE_SSSE3_INLINE unsigned put_plain(__m128i current, const Room<is_ample>& room) {
     // Where there is ample room, most short ones have been taken by sixteen.
-    return !is_ample && all_below(0x800, current) ? put_short(current, room)
-                                                  : put_sequences(sequences(current), room);
+    if (is_ample && !any(have(current, 0xF800, 0))) return put_long(current, room.begin);
+    if (!is_ample && all_below(0x800, current)) return put_short(current, room);
+    return put_sequences(sequences(current), room);
 }
 
 // Lanes of the lower halves of code points; false where one is above U+FFFF.
