@@ -14,7 +14,7 @@ target_compile_options(tarvcore_warnings INTERFACE
     -Wcast-align -Wconversion -Wduplicated-cond -Wformat=2 -Wlogical-op -Wnon-virtual-dtor
     -Woverloaded-virtual -Wshadow -Wundef)
 # What Wine's debugging-help library can read; stack traces get their names from it.
-target_compile_options(tarvcore_warnings INTERFACE $<$<CONFIG:RelWithDebInfo>:-gdwarf-4>)
+target_compile_options(tarvcore_warnings INTERFACE $<$<CONFIG:RelWithDebInfo,Debug>:-gdwarf-4>)
 # Where this tree and ACE lie gets into nothing that is delivered: the later of two that fit counts.
 set(TARVCORE_PREFIX_MAPS
     ${PROJECT_SOURCE_DIR}=. ${PROJECT_BINARY_DIR}=./build ${TARVCORE_ACE_FOLDER}=./ace)

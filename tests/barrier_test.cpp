@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
@@ -145,6 +146,23 @@ TEST(Barrier, LetsGoWhatIsReady) {
     EXPECT_EQ(answers(results), "RFS---");
     results.remove_all_ready();
     EXPECT_EQ(results.size(), 1u) << "the empty one";
+}
+
+TEST(Barrier, RaisesWhatWasRaisedFirstOnceAllAreDone) {
+    struct Raiser : RefCounted<AtomicRefCount>, IFutureObserverBase {
+        explicit Raiser(const char* text) : what(text) {}
+        void on_future_error(const ErrorInfo::Ptr&) override { throw std::runtime_error(what); }
+        void on_future_success() override {}
+        const char* what;
+    };
+    AnyFutureBarrier barrier;
+    for (const char* what : {"first", "second"}) {
+        const auto future = Future<int>::create();
+        EXPECT_TRUE(future.add_observer(RefCountPtr(new Raiser(what))));
+        barrier.push_back(future);
+    }
+    EXPECT_EQ(raised_what([&] { barrier.set_error_if_not_ready(error_of("late")); }), "first");
+    EXPECT_TRUE(barrier.all_failed());
 }
 
 TEST(Barrier, KnowsTheTypesOfItsValues) {
