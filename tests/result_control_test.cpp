@@ -17,6 +17,7 @@
 #include "tarvcore/inner_operation.h"
 #include "tarvcore/result_control_kinds.h"
 #include "tests/support/child_process.h"
+#include "tests/support/raised.h"
 //
 #include <windows.h>
 
@@ -277,6 +278,24 @@ TEST(InnerOperation, EndsInTheOuterOne) {
         EXPECT_EQ(std::exchange(outer->seen, ""), "result.cancelled.innerOperation");
     }
     EXPECT_EQ(starts, 1);
+}
+
+TEST(InnerOperation, TellsThatACallbackLetAnExceptionEscape) {
+    const auto outer = result_future().create_async_handler();
+    EXPECT_EQ(tarv_test::raised([&] {
+                  invoke_inner<int>(
+                      outer,
+                      [](const ResultControl<int>& control) {
+                          control.create_async_handler()->on_async_result_success(7);
+                      },
+                      [](const RefCountPtr<AsyncResult<void>>& handler, int) {
+                          handler->on_async_result_success();
+                          throw_error(error_of("error.tarvcore.T"));
+                      });
+              }),
+              "error.tarvcore.result.redundantSignal A success callback PROBABLY allowed an "
+              "exception to escape. [] tarvcore:impl::raise_redundant_signal_error() "
+              "//tarvcore/result.cpp\n< error.tarvcore.T");
 }
 
 TEST(ResultControl, DestroysWhatItHasBuilt) {

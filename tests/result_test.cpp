@@ -49,13 +49,17 @@ TEST(Result, AnswersByItsKind) {
         EXPECT_EQ(has, answers);
         EXPECT_EQ(result.error_info(), result.has_error() ? error : ErrorInfo::Ptr());
         EXPECT_EQ(result.is_waitable() && result.wait(RelativeTime()), result.is_ready());
-        try {
-            result.throw_if_error();
-            if (result.is_ready()) result.get();
-            EXPECT_FALSE(result.has_error());
-        } catch (const ErrorException& e) {
-            EXPECT_EQ(e.error(), error) << "the very record";
-        }
+        const auto record_of = [](auto operation) {
+            try {
+                operation();
+                return ErrorInfo::Ptr();
+            } catch (const ErrorException& e) {
+                return e.error();
+            }
+        };
+        EXPECT_EQ(record_of([&] { result.throw_if_error(); }), result.error_info());
+        if (!result.is_ready()) continue;
+        EXPECT_EQ(record_of([&] { result.get(); }), result.error_info()) << "the very record";
     }
 
     const std::string not_waitable =
