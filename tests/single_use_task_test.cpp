@@ -40,7 +40,9 @@ TEST(SingleUseTask, RunsOnce) {
     EXPECT_EQ(runs, 1);
     SingleUseTask failing([] { throw std::runtime_error("work"); }, nullptr, where);
     EXPECT_THROW(failing.run(), std::runtime_error);
-    { const SingleUseTask never([] { FAIL(); }, nullptr, where); }
+    {
+        const SingleUseTask never([] { FAIL(); }, nullptr, where);
+    }
 
     using Task = std::shared_ptr<SingleUseTask>;
     std::vector<Task> tasks;
