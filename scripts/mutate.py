@@ -199,6 +199,9 @@ def main() -> int:
         print(f"without a fault, this fails: {' '.join(failure.cmd)}", file=sys.stderr)
         print("\n".join(failure.output.splitlines()[-20:]), file=sys.stderr)
         return 1
+    except subprocess.TimeoutExpired as failure:
+        print(f"without a fault, this does not end: {' '.join(failure.cmd)}", file=sys.stderr)
+        return 1
     total = Report("all")
     total.killed = sum(report.killed for report in reports)
     total.survivors = [line for report in reports for line in report.survivors]

@@ -31,9 +31,10 @@ BlockProgress convert_utf16_blocks_to_utf8(const Utf16Unit* source, unsigned len
 BlockProgress convert_ucs4_blocks_to_utf8(const std::uint32_t* source, unsigned length,
                                           char* destination, unsigned capacity);
 
+constexpr unsigned utf8_scan_block_length = 64;
+
 // What the conversions would write, if there were room, and how much of a text's start is valid.
 // With AVX2.
-constexpr unsigned utf8_scan_block_length = 64;
 BlockProgress scan_utf8_blocks_as_utf16(const char* source, unsigned length);
 BlockProgress scan_utf8_blocks_as_ucs4(const char* source, unsigned length);
 unsigned valid_utf8_blocks(const char* source, unsigned length);
