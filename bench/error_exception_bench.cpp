@@ -70,11 +70,11 @@ void add_error_exception_rows() {
             {{"ErrorException",
               [](auto& state) {
                   throw_and_catch<ErrorException>(state, [] {
-                      const auto cause =
+                      throw_error(
+                          error::tarvcore_absoluteTime_invalidUtcString, message_text,
+                          TARVCORE_LOCATION(function_text),
                           ErrorInfo::create(error::tarvcore_absoluteTime_range, message_text,
-                                            TARVCORE_LOCATION(function_text));
-                      throw_error(error::tarvcore_absoluteTime_invalidUtcString, message_text,
-                                  TARVCORE_LOCATION(function_text), cause);
+                                            TARVCORE_LOCATION(function_text)));
                   });
               }},
              {"std::throw_with_nested", [](auto& state) {

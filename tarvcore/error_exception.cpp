@@ -136,11 +136,6 @@ void throw_with_nested_exception(const ErrorCode& code, MessageTemplate message,
                 ErrorInfo::from_exception(cause, location));
 }
 
-const ErrorInfo* impl::create_literal_record(const ErrorCode& code, const char* message,
-                                             const LiteralLocation& location) {
-    return ErrorInfo::create(code, message, location).detach();
-}
-
 void impl::raise_embedded_nul_error() {
     throw_error(error::tarvcore_string_embeddedNul,
                 "String contains embedded NUL character and cannot be converted to a 'C'-string",

@@ -4,6 +4,7 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "tarvcore/config.h"
 #include "tarvcore/error_code.h"
@@ -96,10 +97,6 @@ static_assert(sizeof(ErrorException) == 12, "a virtual-table pointer and two poi
 
 namespace impl {
 
-// A record of literals, with a reference that the caller owns.
-TARVCORE_API const ErrorInfo* create_literal_record(const ErrorCode& code, const char* message,
-                                                    const LiteralLocation& location);
-
 // Raised wherever a counted text must become a NUL-terminated one and has a NUL inside.
 [[noreturn]] TARVCORE_API void raise_embedded_nul_error();
 
@@ -108,11 +105,13 @@ TARVCORE_API const ErrorInfo* create_literal_record(const ErrorCode& code, const
 // Throw an ErrorException with that record, or with a new one of those parts; see ErrorInfo::create
 // for the parts.
 [[noreturn]] TARVCORE_API void throw_error(const ErrorInfo::Ptr& error);
-// This one, of literals alone, throws in the caller's frame: to unwind a frame costs as much as
-// making the record.
+// This one, of literals, throws in the caller's frame: to unwind a frame costs as much as making
+// the record.
 [[noreturn]] TARVCORE_INLINE void throw_error(const ErrorCode& code, const char* message,
-                                              const LiteralLocation& location) {
-    ErrorException::throw_adopted(impl::create_literal_record(code, message, location));
+                                              const LiteralLocation& location,
+                                              ErrorInfo::Ptr nested = {}) {
+    ErrorException::throw_adopted(
+        ErrorInfo::create(code, message, location, std::move(nested)).detach());
 }
 [[noreturn]] TARVCORE_API void throw_error(const ErrorCode& code, MessageTemplate message,
                                            const SourceLocation& location,

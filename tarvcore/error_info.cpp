@@ -86,6 +86,13 @@ ErrorInfo::~ErrorInfo() {
     }
 }
 
+const ErrorInfo* impl::create_literal_record(const ErrorCode& code, const char* message,
+                                             const LiteralLocation& location,
+                                             const ErrorInfo* nested) {
+    return ErrorInfo::create(code, message, ErrorParams(), location, ErrorInfo::Ptr(nested, false))
+        .detach();
+}
+
 ErrorInfo::Ptr ErrorInfo::create(const ErrorCode& code, MessageTemplate message,
                                  const SourceLocation& location, Ptr nested) {
     return create(code, std::move(message), ErrorParams(), location, std::move(nested));

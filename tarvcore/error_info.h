@@ -18,6 +18,17 @@
 
 namespace tarvcore {
 
+class ErrorInfo;
+
+namespace impl {
+
+// A record of literals, with a reference that the caller owns.  Takes over the one to the cause.
+TARVCORE_API const ErrorInfo* create_literal_record(const ErrorCode& code, const char* message,
+                                                    const LiteralLocation& location,
+                                                    const ErrorInfo* nested = nullptr);
+
+}  // namespace impl
+
 // What went wrong: code, message template, parameters, where it was raised, on which host, and the
 // error that caused it, if any.  Made once, never changed, shared by every RefCountPtr and thread
 // that has it; a null RefCountPtr<const ErrorInfo> means that there is no error.
@@ -33,6 +44,11 @@ public:
     using Ptr = RefCountPtr<const ErrorInfo>;
 
     // New records.  All share this process's host name unless one is given.  Raise std::bad_alloc.
+    // The one of literals leaves a frame that raises nothing to destroy.
+    TARVCORE_INLINE static Ptr create(const ErrorCode& code, const char* message,
+                                      const LiteralLocation& location, Ptr nested = {}) {
+        return Ptr(impl::create_literal_record(code, message, location, nested.detach()), false);
+    }
     static Ptr create(const ErrorCode& code, MessageTemplate message,
                       const SourceLocation& location, Ptr nested = {});
     static Ptr create(const ErrorCode& code, MessageTemplate message, ErrorParams params,

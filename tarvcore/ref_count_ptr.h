@@ -33,8 +33,11 @@ public:
     // Takes a reference; null is allowed.
     constexpr RefCountPtr(std::nullptr_t) {}
     RefCountPtr(T* object) : object_(safe_add_ref(object)) {}
-    // With `add_ref` false, adopts a reference which the caller holds already.
-    RefCountPtr(T* object, bool add_ref) : object_(add_ref ? safe_add_ref(object) : object) {}
+    // With `add_ref` false, adopts a reference which the caller holds already.  Always expanded: a
+    // pointer whose address no function has got, and which was moved from, is seen to be null, and
+    // the unwinder need not stop for it.
+    TARVCORE_INLINE RefCountPtr(T* object, bool add_ref)
+        : object_(add_ref ? safe_add_ref(object) : object) {}
 
     // The pointer is stored before the count changes: a store between two locked instructions would
     // make the second one wait.
