@@ -42,7 +42,6 @@ constexpr Message beyond_day =
     "\"{@utcTime}\"";
 constexpr Message beyond_range =
     "Components of UTC date/time string exceeds date range: \"{@utcTime}\"";
-constexpr Message no_instant = "Invalid UTC date/time string: \"{@utcTime}\"";
 
 // The shortest text that is looked at as a date: 2014-07-16T13 or 20140716T1323.
 constexpr unsigned min_length = 13;
@@ -132,18 +131,19 @@ TARVCORE_INLINE Message read_rest(const char* text, const char* end, const TimeF
 Message read_time_by_fields(const char* text, const char* end, std::uint64_t& ns) {
     std::uint32_t seconds = 0;
     bool has_colons = false;
-    for (const TimeField& field : time_fields) {
+    const TimeField* field = time_fields;
+    for (;; ++field) {
         if (end - text < 2) return invalid_time;
         const std::uint32_t digits = load_2(text);
         const std::uint32_t value = first_pair(pairs(digits));
-        if (!are_digits(digits) || value > field.limit) return invalid_time;
+        if (!are_digits(digits) || value > field->limit) return invalid_time;
         text += 2;
-        seconds += value * field.seconds;
+        seconds += value * field->seconds;
         ns = impl::multiply_wide(seconds, ns_per_second);
 
-        const bool is_hour = &field == &time_fields[0];
-        const bool is_second = &field == &time_fields[2];
-        if (text == end || is_second) return read_rest(text, end, field, ns);
+        const bool is_hour = field == &time_fields[0];
+        const bool is_second = field == &time_fields[2];
+        if (text == end || is_second) break;
         if (is_hour) has_colons = *text == ':';
         if (has_colons && *text == ':') {
             ++text;
@@ -152,10 +152,10 @@ Message read_time_by_fields(const char* text, const char* end, std::uint64_t& ns
             // other field they are known for what they are.  It has always been so, and lists of
             // times are written with commas.
             if (has_colons && *text != '.') return read_end(text, end);
-            return read_rest(text, end, field, ns);
+            break;
         }
     }
-    return good;
+    return read_rest(text, end, *field, ns);
 }
 
 // Reads what follows the separator: nanoseconds of the day.
@@ -194,8 +194,7 @@ TARVCORE_COLD ErrorInfo::Ptr from_date_beyond_range(const char* text, unsigned l
         static_cast<std::uint32_t>(ns % ns_per_second));
     ErrorInfo::Ptr error = AbsoluteTime::from_components_nothrow(components, out);
     if (!error) return {};
-    const bool is_range = error->matches(error::tarvcore_absoluteTime_range);
-    return invalid_string(text, length, is_range ? beyond_range : no_instant, std::move(error));
+    return invalid_string(text, length, beyond_range, std::move(error));
 }
 
 bool is_infinite_text(const char* text, unsigned length) {

@@ -242,4 +242,12 @@ TEST(ScopedIdealCpu, RestoresInReverseOrder) {
         << "out of the destructor";
 }
 
+TEST(ScopedIdealCpu, AsksTheSystem) {
+    EXPECT_LT(ScopedIdealCpu::get_ideal_cpu(ACE_Thread_ID()), CpuAffinityMask::max_cpus());
+    EXPECT_NE(raised([] {
+                  ScopedIdealCpu::set_ideal_cpu(ACE_Thread_ID(), 33);
+              }).find("< error.os.windows.87"),
+              std::string::npos);
+}
+
 }  // namespace

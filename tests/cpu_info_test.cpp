@@ -240,30 +240,45 @@ TEST(CpuInfo, NamesModelsByBrandIds) {
     const struct {
         const char* vendor;
         std::uint32_t signature, brand_index, brand_id;
-        const char *name, *brand;
+        const char *name, *kind;
     } rows[] = {
-        {amd, 0xF4A, 0, 0x0106, "AMD Athlon(tm) 64 Processor 2800+", "Athlon"},
-        {amd, 0xF5A, 0, 14 << 6 | 4, "AMD Opteron(tm) Processor 146 HE", "Opteron"},
-        {amd, 0x20F12, 0, 42 << 6 | 9, "Dual Core AMD Opteron(tm) Processor 290 SE", "Opteron"},
-        {amd, 0xF48, 2 << 5 | 3, 0, "Mobile AMD Athlon(tm) 64 Processor 2500+", "Athlon"},
-        {amd, 0xF4A, 0, 0, "AMD Engineering Sample 00", "unknown"},
+        {amd, 0x494, 0, 0, "Am486DX4-WB, Am5x86-WB", "Am486, Am486"},
+        {amd, 0x450, 0, 0, "Unrecognized AMD CPU Brand String", "unknown, unknown"},
+        {amd, 0x671, 0, 0, "AMD Duron Model 7, Mobile AMD Duron Model 7", "K7, Duron"},
+        {amd, 0xF4A, 0, 0x0106, "AMD Athlon(tm) 64 Processor 2800+", "K8, Athlon"},
+        {amd, 0xF5A, 0, 14 << 6 | 4, "AMD Opteron(tm) Processor 146 HE", "K8, Opteron"},
+        {amd, 0x20F12, 0, 42 << 6 | 9, "Dual Core AMD Opteron(tm) Processor 290 SE", "K8, Opteron"},
+        {amd, 0xF48, 2 << 5 | 3, 0, "Mobile AMD Athlon(tm) 64 Processor 2500+", "K8, Athlon"},
+        {amd, 0x20F42, 0, 10 << 6 | 8, "AMD Turion(tm) 64 Mobile Technology ML-30", "K8, Turion"},
+        {amd, 0x20FC2, 0, 38 << 6 | 4, "AMD Sempron(tm) Processor 2800+", "K8, Sempron"},
+        {amd, 0xF4A, 0, 0, "AMD Engineering Sample 00", "K8, unknown"},
+        {amd, 0xF4A, 0, 0xFFFF, "AMD Athlon(tm) 64, AMD Opteron(tm), AMD Sempron(tm), family 0Fh",
+         "K8, unknown"},
         {amd, 0x40F12, 0, 0x0106, "AMD Athlon(tm) 64, AMD Opteron(tm), AMD Sempron(tm), family 0Fh",
-         "unknown"},
-        {amd, 0x671, 0, 0, "AMD Duron Model 7, Mobile AMD Duron Model 7", "Duron"},
-        {amd, 0x3F00F00, 0, 0, "Unrecognized AMD CPU Brand String", "unknown"},
+         "K8, unknown"},
+        {amd, 0x700F01, 0, 0, "AMD A-Series, AMD E-Series, family 16h", "Jaguar, unknown"},
+        {amd, 0x3F00F00, 0, 0, "Unrecognized AMD CPU Brand String", "unknown, unknown"},
         {intel, 0x1542, 0, 0, "Pentium OverDrive with MMX(TM) technology for Pentium 75-133 Mhz",
-         "Pentium"},
-        {intel, 0x6B1, 3, 0, "Pentium III model B", "Xeon"},
-        {intel, 0xFF0, 0, 0, "Unrecognized Intel CPU Brand String", "unknown"},
-        {"RiseRiseRise", 0x504, 0, 0, "", "unknown"},
+         "Pentium, Pentium"},
+        {intel, 0x6B1, 3, 0, "Pentium III model B", "P6, Xeon"},
+        {intel, 0x106C2, 0, 0, "Intel Atom model 1C, 45 nm", "Atom, Atom"},
+        {intel, 0x40661, 0, 0, "4th generation Intel Core, models 45 and 46", "Haswell, Core"},
+        {intel, 0x50670, 0, 0, "Intel Xeon Phi model 57", "Xeon Phi, Xeon"},
+        {intel, 0xFF0, 0, 0, "Unrecognized Intel CPU Brand String", "unknown, unknown"},
+        {"RiseRiseRise", 0x504, 0, 0, "", "unknown, unknown"},
+    };
+    const auto kind_of = [](ECpuFamily family, ECpuBrand brand) {
+        return std::string(cpu_family_name(family)) + ", " + cpu_brand_name(brand);
     };
     for (const auto& row : rows) {
         const CpuInfo info(Processor(row.vendor, 1, 2)
                                .with(1, {{row.signature, row.brand_index}})
                                .with(0x80000001, {{0, row.brand_id}}));
         EXPECT_EQ(info.brand_id_name(), row.name);
-        EXPECT_STREQ(cpu_brand_name(info.cpu_brand()), row.brand) << row.name;
+        EXPECT_EQ(kind_of(info.cpu_family(), info.cpu_brand()), row.kind) << row.name;
     }
+    EXPECT_EQ(kind_of(ECpuFamily::zen5, ECpuBrand::phenom), "Zen 5, Phenom");
+    EXPECT_EQ(kind_of(ECpuFamily{28}, ECpuBrand{19}), "unknown, unknown");
 }
 
 TEST(CpuInfo, TrimsTheBrandString) {
@@ -442,6 +457,18 @@ TEST(CpuidRecording, TakesTheFirstProcessorOfAText) {
 
     const std::string_view unended = "CPUID 00000001: 00000009-00000009-00000009-00000009";
     EXPECT_EQ(CpuidRecording().add_text(unended), 1u);
+
+    // Up to the subleaf a line must be whole and right, and then its digits.
+    const std::string good = "CPUID 0000000b: 0000000a-0000000B-0000000c-0000000d [SL 1f]";
+    const std::size_t end = good.find(" [");
+    const std::size_t subleaf = good.find("1f");
+    for (std::size_t i = 0; i < good.size(); ++i) {
+        std::string wrong = good;
+        wrong[i] = '*';
+        const unsigned count = i >= end && i - subleaf > 1;
+        EXPECT_EQ(CpuidRecording().add_text(wrong), count) << wrong;
+        EXPECT_EQ(CpuidRecording().add_text(good.substr(0, i)), count) << i;
+    }
 }
 
 }  // namespace

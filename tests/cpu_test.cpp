@@ -104,6 +104,14 @@ TEST(Cpu, AsksEachProcessorOnItself) {
     }
 }
 
+TEST(Cpu, TellsTheFrequencyThoughNoProcessorIsKnown) {
+    Machine machine;
+    machine.calls.current_processor = [] { return 99u; };
+    const Cpu cpu(machine.calls);
+    EXPECT_EQ(cpu.core_count(), 0u);
+    EXPECT_EQ(cpu.frequency(), 2e9);
+}
+
 TEST(Cpu, BelievesTheSystemWhereTheCounterAgrees) {
     Machine machine;
     const auto frequency = [&machine] { return Cpu(machine.calls).frequency(); };

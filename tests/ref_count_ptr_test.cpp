@@ -79,6 +79,7 @@ TEST_F(RefCountPtrTest, AdoptsAndHandsOutReferences) {
     EXPECT_TRUE(pointer.is_null());
     EXPECT_EQ(pointer.detach(), nullptr);
     EXPECT_TRUE(raw->has_unique_ref());
+    { EXPECT_FALSE(Ptr(raw, true)->has_unique_ref()); }
     { const Ptr adopted(raw, false); }
     EXPECT_EQ(live, 0);
     pointer.clear();

@@ -73,6 +73,8 @@ void check(std::string_view view) {
     SimpleDateTime time = untouched;
     const auto error = SimpleDateTime::from_string_nothrow(view.data(), view.size(), &time);
     ASSERT_EQ(time.as_string(), whole.as_string()) << text;
+    ASSERT_EQ(SimpleDateTime::from_string_nothrow(view.data(), view.size(), nullptr).is_null(),
+              !error);
     const std::string told = error ? tarv_test::told(*error, "dateTime") : "";
     ASSERT_EQ(told, fault.empty() ? ""
                     : fault == infinite_fault

@@ -131,6 +131,9 @@ TEST(SourceString, HandlersMayWriteSharedTexts) {
     EXPECT_EQ(text.query_trace_data()->query_trace_file_offset(2), 0u);
     std::ostringstream os;
     EXPECT_EQ(set_string_trace_handlers(&handlers), nullptr);
+    os.width(1);
+    EXPECT_FALSE(StringTraceData::supported_by_stream(os));
+    os.width(0);
     EXPECT_TRUE(StringTraceData::supported_by_stream(os));
     os << text << SourceString("other") << SourceString(literal, true);
     EXPECT_EQ(set_string_trace_handlers(nullptr), &handlers);

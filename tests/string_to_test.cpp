@@ -93,6 +93,7 @@ TEST(StringTo, ReadsIntegersWithinTheirRange) {
     expect_refused<unsigned>({"4294967296"});
     expect_refused<long long>({"9223372036854775808", "-9223372036854775809"});
     expect_refused<unsigned long long>({"18446744073709551616", "99999999999999999999999"});
+    EXPECT_THROW(string_to<int>(L"\x131"), ErrorException) << "not a 1 in its low byte";
 }
 
 TEST(StringTo, ReadsFloatingPointNumbers) {
@@ -108,6 +109,8 @@ TEST(StringTo, ReadsFloatingPointNumbers) {
     EXPECT_TRUE(std::isnan(value_of<double>("nan").value()));
     expect_refused<double>(
         {"", " 1", "\t1", "1 ", "1x", "1e", "e5", ".", "1,5", "1e999", "-1e999", {"1\0", 2}});
+
+    EXPECT_THROW(string_to<double>(L"1\x130"), ErrorException) << "not a 0 in its low byte";
 
     expect_value("3.4e38", 3.4e38f);
     expect_value("-3.4028234663852886e38", -3.4028234663852886e38f);
@@ -167,6 +170,9 @@ TEST(ToString, ConvertsShortAndLongTextsAlike) {
 
 TEST(ToString, MeasuresTexts) {
     EXPECT_EQ(to_string("\xFF\xFE"), "\xFF\xFE") << "copied as it is";
+    EXPECT_EQ(to_string(std::string("\xFF\0", 2)), std::string("\xFF\0", 2));
+    EXPECT_EQ(to_wstring(std::wstring(L"\xDC00\0", 2)), std::wstring(L"\xDC00\0", 2));
+    EXPECT_EQ(to_wstring(L"\xDC00"), L"\xDC00");
     EXPECT_EQ(to_string("abc", 2) + to_string("abc", 0xFFFFFFFF), "ababc");
     EXPECT_EQ(to_wstring(L"abc", 2) + to_wstring(L"abc", 0xFFFFFFFF), L"ababc");
     EXPECT_EQ(to_string(L"abc", 2), "ab");

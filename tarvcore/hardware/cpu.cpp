@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
 #include <set>
 #include <utility>
 
@@ -30,9 +29,9 @@ constexpr impl::CpuCalls system_calls = {
             L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\" + std::to_wstring(cpu);
         DWORD mhz = 0;
         DWORD size = sizeof mhz;
-        const LSTATUS status = RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"~MHz",
-                                            RRF_RT_REG_DWORD, nullptr, &mhz, &size);
-        return status == ERROR_SUCCESS ? mhz : 0;
+        RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"~MHz", RRF_RT_REG_DWORD | RRF_ZEROONFAILURE,
+                     nullptr, &mhz, &size);
+        return mhz;
     },
     []() -> std::uint64_t { return __rdtsc(); },
     []() -> std::int64_t {
@@ -46,8 +45,6 @@ constexpr impl::CpuCalls system_calls = {
         return frequency.QuadPart;
     },
 };
-
-constinit const Cpu* this_machine = nullptr;
 
 // Both counters at one moment.
 struct Moment {
@@ -138,16 +135,9 @@ Cpu::Cpu(const impl::CpuCalls& calls) : processors_(calls.processor_count()) {
 }
 
 const Cpu& Cpu::machine() {
-    const Cpu* machine = __atomic_load_n(&this_machine, __ATOMIC_ACQUIRE);
-    if (machine != nullptr) return *machine;
-
-    // Threads that are here at once each read it; the first one counts.
-    auto own = std::make_unique<const Cpu>(system_calls);
-    if (__atomic_compare_exchange_n(&this_machine, &machine, own.get(), false, __ATOMIC_ACQ_REL,
-                                    __ATOMIC_ACQUIRE)) {
-        machine = own.release();
-    }
-    return *machine;
+    // Never destroyed: others' static objects may ask it to the end.
+    static const Cpu& machine = *new Cpu(system_calls);
+    return machine;
 }
 
 void Cpu::throw_unknown(unsigned cpu) const {

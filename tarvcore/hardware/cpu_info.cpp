@@ -131,21 +131,9 @@ CpuInfo::CpuInfo(const CpuidSource& source) {
 }
 
 bool CpuInfo::get_option_flag(EOptionFlag flag) {
-    static constinit const FlagWords* flags = nullptr;
-
-    // Threads that are here at once each read the same.
-    const FlagWords* known = __atomic_load_n(&flags, __ATOMIC_ACQUIRE);
-    if (known == nullptr) {
-        const auto* own = new FlagWords(CpuInfo().flags_);
-        if (__atomic_compare_exchange_n(&flags, &known, own, false, __ATOMIC_ACQ_REL,
-                                        __ATOMIC_ACQUIRE)) {
-            known = own;
-        } else {
-            delete own;
-        }
-    }
+    static const FlagWords flags = CpuInfo().flags_;
     const CpuOptionFlag& row = cpu_option_flags()[static_cast<unsigned>(flag)];
-    return ((*known)[row.register_index] >> row.bit & 1) != 0;
+    return (flags[row.register_index] >> row.bit & 1) != 0;
 }
 
 bool CpuInfo::has_option(EOptionFlag flag) const {
@@ -315,13 +303,7 @@ unsigned CpuInfo::core_count() const {
         const bool has_cache_leaf = cpuid_last_basic_level() >= static_cast<int>(cache_leaf);
         return has_cache_leaf ? cores_per_package() + 1 : 1;
     }
-    if (is_amd()) {
-        if (cpuid_last_extended_level() >= 8) return amd_physical_core_count();
-        const bool has_legacy_count =
-            cpuid_last_basic_level() >= 1 && cmp_legacy() && hyperthreading_capable();
-        return has_legacy_count ? logical_count() : 1;
-    }
-    return 1;
+    return is_amd() && cpuid_last_extended_level() >= 8 ? amd_physical_core_count() : 1;
 }
 
 std::uint8_t CpuInfo::core_apic_id_shift() const {

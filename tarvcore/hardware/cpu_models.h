@@ -76,7 +76,7 @@ enum class ECpuBrand : unsigned {
     epyc,
 };
 
-// For readers: "Sandy Bridge", "K8", "Athlon"; "unknown".
+// For readers: "Sandy Bridge", "K8", "Athlon"; "unknown", also of a value that is none of them.
 TARVCORE_API const char* cpu_family_name(ECpuFamily family);
 TARVCORE_API const char* cpu_brand_name(ECpuBrand brand);
 

@@ -18,7 +18,6 @@ struct HexCodec {
     static constexpr const char* alphabet = hex_alphabet;
 
     static constexpr unsigned value_of(unsigned code) { return hex_values[code]; }
-    static constexpr unsigned padding_count(unsigned) { return 0; }
 
     TARVCORE_API static char* encode(const unsigned char* bytes, unsigned size, char* text,
                                      bool pad);

@@ -54,13 +54,9 @@ TARVCORE_SSSE3_INLINE __m128i load_part(const void* source, unsigned size) {
     return _mm_cvtsi32_si128(static_cast<int>(value));
 }
 
-// The first `size` bytes, at most 16.  No other bytes are written.
+// The first `size` bytes, fewer than 16.  No other bytes are written.
 TARVCORE_SSSE3_INLINE void store_part(void* destination, __m128i value, unsigned size) {
     char* bytes = static_cast<char*>(destination);
-    if (size >= 16) {
-        store(bytes, value);
-        return;
-    }
     if ((size & 8) != 0) {
         _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), value);
         value = _mm_srli_si128(value, 8);

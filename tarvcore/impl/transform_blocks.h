@@ -106,15 +106,9 @@ template <class Kernels>
 // Encodes whole groups, and answers the text's end.
 template <class Kernels>
 char* encode_groups(const unsigned char* bytes, unsigned size, char* text) {
-    switch (simd_level()) {
-        case SimdLevel::avx2:
-            return encode_groups_avx2<Kernels>(bytes, size, text);
-        case SimdLevel::sse41:
-        case SimdLevel::ssse3:
-            return encode_groups_ssse3<Kernels>(bytes, size, text);
-        case SimdLevel::sse2:
-            break;
-    }
+    const SimdLevel level = simd_level();
+    if (level >= SimdLevel::avx2) return encode_groups_avx2<Kernels>(bytes, size, text);
+    if (level >= SimdLevel::ssse3) return encode_groups_ssse3<Kernels>(bytes, size, text);
     return Kernels::encode_baseline(bytes, size, text);
 }
 
@@ -125,16 +119,11 @@ unsigned decode_good_groups(const char* text, unsigned length, unsigned char* by
     unsigned whole = length - length % Codec::chars_per_group;
     if (Codec::has_padding && whole != 0 && text[whole - 1] == '=') whole -= Codec::chars_per_group;
     unsigned done = 0;
-    switch (simd_level()) {
-        case SimdLevel::avx2:
-            done = decode_groups_avx2<Kernels>(text, whole, bytes);
-            break;
-        case SimdLevel::sse41:
-        case SimdLevel::ssse3:
-            done = decode_groups_ssse3<Kernels>(text, whole, bytes);
-            break;
-        case SimdLevel::sse2:
-            break;
+    const SimdLevel level = simd_level();
+    if (level >= SimdLevel::avx2) {
+        done = decode_groups_avx2<Kernels>(text, whole, bytes);
+    } else if (level >= SimdLevel::ssse3) {
+        done = decode_groups_ssse3<Kernels>(text, whole, bytes);
     }
     // All of a short text, and the groups before a fault.
     bytes += done / Codec::chars_per_group * Codec::bytes_per_group;

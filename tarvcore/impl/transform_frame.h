@@ -6,7 +6,7 @@
 //     bits_per_char, bytes_per_group, chars_per_group, has_padding
 //     alphabet, value_of(code)          the characters' values, or the marks of transform_tables.h
 //     padding_count(bits)               of a text after whose last whole group of `bits_per_char`
-//                                       so many bits were left over
+//                                       so many bits were left over; only where there is padding
 //     encode(bytes, size, text, pad)    for memory: writes the text whole and answers its end
 //     decode_groups(text, length, bytes)
 //                                       decodes groups of nothing but the alphabet, from the begin
@@ -91,10 +91,13 @@ public:
 
     template <TextOutput Out>
     Out finish(Out out) {
-        if (const unsigned bits = std::exchange(bits_, 0); bits != 0) {
-            put_char(accumulator_ << (Codec::bits_per_char - bits), out);
-            for (unsigned i = pad_ ? Codec::padding_count(bits) : 0; i != 0; --i)
-                *out++ = '=';
+        // Without padding no bits are ever left over.
+        if constexpr (Codec::has_padding) {
+            if (const unsigned bits = std::exchange(bits_, 0); bits != 0) {
+                put_char(accumulator_ << (Codec::bits_per_char - bits), out);
+                for (unsigned i = pad_ ? Codec::padding_count(bits) : 0; i != 0; --i)
+                    *out++ = '=';
+            }
         }
         return out;
     }

@@ -36,26 +36,22 @@ void TransformHelperBase64::raise_truncated_sequence_error() {
 
 // A fault has one record, whether it is raised or answered: the raiser's name stands in both.
 TARVCORE_COLD ErrorInfo::Ptr TransformHelperBase64::error(TransformFault fault) {
-    switch (fault) {
-        case TransformFault::none:
-            break;
-        case TransformFault::invalid_character:
-            return ErrorInfo::create(
-                error::tarvcore_transforms_base64_invalid, "Invalid character in base-64 sequence",
-                TARVCORE_LOCATION(
-                    "tarvcore::impl::TransformHelperBase64::raise_invalid_character_error()"));
-        case TransformFault::truncated_sequence:
-            return ErrorInfo::create(
-                error::tarvcore_transforms_base64_truncated, "Truncated base-64 sequence",
-                TARVCORE_LOCATION(
-                    "tarvcore::impl::TransformHelperBase64::raise_truncated_sequence_error()"));
-        case TransformFault::padding:
-            return ErrorInfo::create(
-                error::tarvcore_transforms_base64_padding,
-                "Encountered non-padding character in padding of base-64 sequence",
-                TARVCORE_LOCATION("tarvcore::impl::TransformHelperBase64::check_padding_char()"));
+    if (fault == TransformFault::invalid_character) {
+        return ErrorInfo::create(
+            error::tarvcore_transforms_base64_invalid, "Invalid character in base-64 sequence",
+            TARVCORE_LOCATION(
+                "tarvcore::impl::TransformHelperBase64::raise_invalid_character_error()"));
     }
-    return {};
+    if (fault == TransformFault::truncated_sequence) {
+        return ErrorInfo::create(
+            error::tarvcore_transforms_base64_truncated, "Truncated base-64 sequence",
+            TARVCORE_LOCATION(
+                "tarvcore::impl::TransformHelperBase64::raise_truncated_sequence_error()"));
+    }
+    return ErrorInfo::create(
+        error::tarvcore_transforms_base64_padding,
+        "Encountered non-padding character in padding of base-64 sequence",
+        TARVCORE_LOCATION("tarvcore::impl::TransformHelperBase64::check_padding_char()"));
 }
 
 constinit const char* const TransformHelperBase32::sm_fromBinaryTable = base32_alphabet;
@@ -75,26 +71,22 @@ void TransformHelperBase32::raise_padding_error() {
 
 // A fault has one record, whether it is raised or answered: the raiser's name stands in both.
 TARVCORE_COLD ErrorInfo::Ptr TransformHelperBase32::error(TransformFault fault) {
-    switch (fault) {
-        case TransformFault::none:
-            break;
-        case TransformFault::invalid_character:
-            return ErrorInfo::create(
-                error::tarvcore_transforms_base32_invalid, "Invalid character in base-32 sequence",
-                TARVCORE_LOCATION(
-                    "tarvcore::impl::TransformHelperBase32::raise_invalid_character_error()"));
-        case TransformFault::truncated_sequence:
-            return ErrorInfo::create(
-                error::tarvcore_transforms_base32_truncated, "Truncated base-32 sequence",
-                TARVCORE_LOCATION(
-                    "tarvcore::impl::TransformHelperBase32::raise_truncated_sequence_error()"));
-        case TransformFault::padding:
-            return ErrorInfo::create(
-                error::tarvcore_transforms_base32_padding,
-                "Encountered non-padding character in padding of base-32 sequence",
-                TARVCORE_LOCATION("tarvcore::impl::TransformHelperBase32::raise_padding_error()"));
+    if (fault == TransformFault::invalid_character) {
+        return ErrorInfo::create(
+            error::tarvcore_transforms_base32_invalid, "Invalid character in base-32 sequence",
+            TARVCORE_LOCATION(
+                "tarvcore::impl::TransformHelperBase32::raise_invalid_character_error()"));
     }
-    return {};
+    if (fault == TransformFault::truncated_sequence) {
+        return ErrorInfo::create(
+            error::tarvcore_transforms_base32_truncated, "Truncated base-32 sequence",
+            TARVCORE_LOCATION(
+                "tarvcore::impl::TransformHelperBase32::raise_truncated_sequence_error()"));
+    }
+    return ErrorInfo::create(
+        error::tarvcore_transforms_base32_padding,
+        "Encountered non-padding character in padding of base-32 sequence",
+        TARVCORE_LOCATION("tarvcore::impl::TransformHelperBase32::raise_padding_error()"));
 }
 
 constinit const char* const TransformHelperHex::sm_fromBinaryTable = hex_alphabet;
@@ -115,24 +107,17 @@ void TransformHelperHex::raise_truncated_sequence_error() {
 
 // A fault has one record, whether it is raised or answered: the raiser's name stands in both.
 TARVCORE_COLD ErrorInfo::Ptr TransformHelperHex::error(TransformFault fault) {
-    switch (fault) {
-        case TransformFault::none:
-        case TransformFault::padding:
-            break;
-        case TransformFault::invalid_character:
-            return ErrorInfo::create(
-                error::tarvcore_transforms_hex_invalid,
-                "Invalid character in hex sequence, expecting: 0-9a-fA-F",
-                TARVCORE_LOCATION(
-                    "tarvcore::impl::TransformHelperHex::raise_invalid_character_error()"));
-        case TransformFault::truncated_sequence:
-            return ErrorInfo::create(
-                error::tarvcore_transforms_hex_truncated,
-                "Truncated hex sequence (odd number of hex characters)",
-                TARVCORE_LOCATION(
-                    "tarvcore::impl::TransformHelperHex::raise_truncated_sequence_error()"));
+    if (fault == TransformFault::invalid_character) {
+        return ErrorInfo::create(
+            error::tarvcore_transforms_hex_invalid,
+            "Invalid character in hex sequence, expecting: 0-9a-fA-F",
+            TARVCORE_LOCATION(
+                "tarvcore::impl::TransformHelperHex::raise_invalid_character_error()"));
     }
-    return {};
+    return ErrorInfo::create(
+        error::tarvcore_transforms_hex_truncated,
+        "Truncated hex sequence (odd number of hex characters)",
+        TARVCORE_LOCATION("tarvcore::impl::TransformHelperHex::raise_truncated_sequence_error()"));
 }
 
 }  // namespace tarvcore::impl

@@ -10,7 +10,7 @@ namespace tarvcore::impl {
 // What is wrong with a text.
 enum class TransformFault { none, invalid_character, truncated_sequence, padding };
 
-// `error` answers the record that is raised for a fault; null for none.
+// `error` answers the record that is raised for a fault, which must be one of the encoding.
 
 class TARVCORE_API TransformHelperBase64 {
 public:

@@ -115,8 +115,8 @@ constexpr unsigned utf16_units(std::uint32_t c) {
     return c < 0x10000 ? 1 : 2;
 }
 
-// Encoding: writes the units of a code point and answers how many they are; 0, and nothing written,
-// when the encoding does not have it.
+// Encoding: writes the units of a code point, which the encoding must have, and answers how many
+// they are.
 
 constexpr unsigned encode_utf8(std::uint32_t c, char* destination) {
     if (c < 0x80) {
@@ -124,7 +124,6 @@ constexpr unsigned encode_utf8(std::uint32_t c, char* destination) {
         return 1;
     }
     const unsigned units = utf8_units(c);
-    if (units == 0) return 0;
     for (unsigned i = units; --i > 0; c >>= 6) {
         destination[i] = static_cast<char>(0x80 | (c & 0x3F));
     }
@@ -140,7 +139,7 @@ constexpr unsigned encode_utf16(std::uint32_t c, Unit* destination) {
     const unsigned units = utf16_units(c);
     if (units == 1) {
         destination[0] = static_cast<Unit>(c);
-    } else if (units == 2) {
+    } else {
         destination[0] = static_cast<Unit>(0xD7C0 + (c >> 10));
         destination[1] = static_cast<Unit>(0xDC00 | (c & 0x3FF));
     }

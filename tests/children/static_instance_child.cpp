@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include "ace/Init_ACE.h"
 #include "tarvcore/error_exception.h"
 #include "tarvmoduleregistry/module_registry.h"
 //
@@ -91,6 +92,7 @@ int main(int, char** arguments) {
     second.get();
     say("main");
     if (ending == "fini") {
+        ACE::init();  // nobody ends it
         managed_init();
         managed_init();
         managed_fini();
