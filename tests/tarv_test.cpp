@@ -251,6 +251,8 @@ TEST(Tarv, ConvertsAFileAsAWhole) {
     };
     EXPECT_TRUE(converted(L"utf8", L"utf16le", utf8) == bytes_of(wide));
     EXPECT_TRUE(converted(L"utf16le", L"utf8", bytes_of(utf16)) == narrow);
+    EXPECT_TRUE(converted(L"utf32le", L"utf8", converted(L"utf8", L"utf32le", utf8)) ==
+                converted(L"utf8", L"utf8", utf8));
 
     // A run that ends almost where the piece does.
     const std::string run =
