@@ -42,6 +42,7 @@ constexpr Message beyond_day =
     "\"{@utcTime}\"";
 constexpr Message beyond_range =
     "Components of UTC date/time string exceeds date range: \"{@utcTime}\"";
+constexpr Message no_instant = "Invalid UTC date/time string: \"{@utcTime}\"";
 
 // The shortest text that is looked at as a date: 2014-07-16T13 or 20140716T1323.
 constexpr unsigned min_length = 13;
@@ -194,7 +195,8 @@ TARVCORE_COLD ErrorInfo::Ptr from_date_beyond_range(const char* text, unsigned l
         static_cast<std::uint32_t>(ns % ns_per_second));
     ErrorInfo::Ptr error = AbsoluteTime::from_components_nothrow(components, out);
     if (!error) return {};
-    return invalid_string(text, length, beyond_range, std::move(error));
+    const bool is_range = error->matches(error::tarvcore_absoluteTime_range);
+    return invalid_string(text, length, is_range ? beyond_range : no_instant, std::move(error));
 }
 
 bool is_infinite_text(const char* text, unsigned length) {

@@ -20,6 +20,8 @@ constexpr Message syntax_fault =
     "Syntax error processing time string \"{@timeString}\", length={@length}";
 constexpr Message overflow =
     "Value overflow processing time string \"{@timeString}\", length={@length}";
+constexpr Message sanity_fault =
+    "Sanity check error processing time string \"{@timeString}\", length={@length}";
 constexpr Message invalid_type =
     "Invalid field type in time string \"{@timeString}\", length={@length}";
 constexpr Message unexpected_end =
@@ -131,9 +133,9 @@ TARVCORE_INLINE Message convert(const Number& number, Unit unit, std::int64_t& c
         case Unit::microseconds:
             return convert<RelativeTime::NANOSECONDS_IN_ONE_MICROSECOND>(number, count);
         case Unit::nanoseconds:
-            break;
+            return convert<1>(number, count);
     }
-    return convert<1>(number, count);
+    return sanity_fault;
 }
 
 // Reads a field and moves behind it; blanks alone are a field of zero.
