@@ -92,7 +92,6 @@ void ResultControlBase::deactivate() {
 }
 
 void ResultControlBase::validate_async_signal(unsigned id) {
-    if (!checks().on()) return;
     const ResultControlBase* control = checks().head();
     while (control != nullptr && control->activation_id_ != id) {
         control = control->previous_;

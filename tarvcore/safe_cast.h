@@ -97,7 +97,7 @@ requires requires(const Pointer& pointer) {
 }
 Target& dynamic_reference_cast(const Pointer& pointer) {
     auto* source = std::to_address(pointer);
-    auto* target = source ? dynamic_cast<Target*>(source) : nullptr;
+    auto* target = dynamic_cast<Target*>(source);
     if (target == nullptr) impl::throw_bad_dynamic_ref_cast(source);
     return *target;
 }

@@ -12,6 +12,7 @@
 #include "tarvcore/impl/dump_credits.h"
 #include "tarvcore/impl/stream_text.h"
 #include "tarvcore/streamers.h"
+#include "tests/support/allocations.h"
 #include "tests/support/pattern.h"
 #include "tests/support/scoped_calls.h"
 #include "tests/support/threads.h"
@@ -96,6 +97,18 @@ TEST(AnonymousExceptionReport, NamesThreadDumpAndError) {
     EXPECT_EQ(dumps, 0u);
     report(period + 1, false, failed);
     EXPECT_EQ(dumps, 1u);
+
+    // Whatever there is no memory for is left out, and nobody hears of it.
+    TraceHooks::lines.clear();
+    testing::internal::CaptureStderr();
+    for (int failures = 0; TraceHooks::lines.empty(); ++failures) {
+        ASSERT_LT(failures, 1000);
+        tarv_test::AllocationWatch watch;
+        watch.fail_from(failures);
+        create_dump_and_trace_anonymous_exception(SourceLocation("f()", "$Id: //a/b.cpp#7 $", 1));
+        watch.fail_none();
+    }
+    testing::internal::GetCapturedStderr();
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <bit>
 #include <cstdio>
+#include <cwchar>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -142,6 +143,11 @@ TEST_F(FailedAssertion, ShowsTheEndOfALongPath) {
         EXPECT_TRUE(agrees(box_text,
                            "Debug Assertion Failed!\n\nProgram: " + row.shown + "\nTimeUTC: …\n…"));
     }
+    paths->program = [](wchar_t* buffer, unsigned long) -> unsigned long {
+        std::wmemcpy(buffer, L"a\0b", 4);
+        return 3;
+    };
+    EXPECT_TRUE(outcome_of(6).starts_with("error.tarvcore.string.embeddedNul "));
 }
 
 TEST_F(FailedAssertion, DoesWhatTheButtonSays) {
@@ -279,13 +285,29 @@ TEST_F(FailedAssertion, AsksWithoutMemory) {
         EXPECT_EQ(boxes, failures);
         tarv_test::AllocationWatch watch;
         watch.fail_from(failures);
-        EXPECT_TRUE(report(9));
+        EXPECT_TRUE(report_failed_debug_assert("d\xC3\xA9.cpp", 9, nullptr, "a == b", nullptr));
         watch.fail_none();
         EXPECT_TRUE(
             agrees(box_text, "Debug Assertion Failed!\n…\nLine: 9\n…\nExpression: a == b\n…"));
+        if (failures == 0) {
+            EXPECT_TRUE(std::string_view(box_text).ends_with(
+                "\n\nFile: d??.cpp\nLine: 9\n\nExpression: a == b\n"));
+        }
     }
     testing::internal::GetCapturedStderr();
     EXPECT_GT(boxes, 4);
+
+    // Nor is more told than is wanted.
+    set_diagnostic_trace_handlers(nullptr, nullptr, [](auto&, auto&, auto, auto) { return false; });
+    testing::internal::CaptureStderr();
+    {
+        tarv_test::AllocationWatch watch;
+        watch.fail_from(0);
+        EXPECT_TRUE(report(12));
+        watch.fail_none();
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_TRUE(agrees(box_text, "…\nLine: 12\n…"));
 }
 
 TEST_F(FailedAssertion, OfManyThreadsAreAllTold) {
@@ -303,6 +325,7 @@ TEST(AbortedAssertion, EndsTheProcess) {
         {L"", 3, "SIGABRT\r\n"},
         {L"SHIFT", 3, "Dump created and saved to: , flags 0x12040\r\nSIGABRT\r\n"},
         {L"SHIFT, no dump", 3, "Creation of dump failed, flags 0x12030\r\nSIGABRT\r\n"},
+        {L"SHIFT, no folder", 3, "Creation of dump failed, flags 0x12030\r\nSIGABRT\r\n"},
         {L"late", 0, "late: go on\r\n"},  // fails after the end of main, and is ignored
     };
     for (const auto& row : rows) {

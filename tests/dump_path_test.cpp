@@ -31,7 +31,7 @@ unsigned long put(const std::wstring& text, wchar_t* buffer, unsigned long size)
 
 class DumpPathTest : public testing::Test {
 protected:
-    DumpPathTest() {
+    DumpPathTest() : make_real_folder_(calls_->make_folder) {
         root = L"D:/traces";
         temporary = L"C:\\temp\\";
         program = L"C:\\server\\server.exe";
@@ -60,9 +60,8 @@ protected:
 
     const std::wstring process_ = std::to_wstring(GetCurrentProcessId());
     const std::wstring end_ = L"_20140716132305_" + process_ + L"_1a2c.dmp";
-
-private:
     tarv_test::ScopedCalls<impl::DumpPathCalls> calls_{impl::dump_path_calls};
+    bool (*const make_real_folder_)(const wchar_t* path);
 };
 
 TEST_F(DumpPathTest, LiesInTheFolderOfTheDay) {
@@ -86,8 +85,24 @@ TEST_F(DumpPathTest, FallsBackToTheFolderForTemporaryFiles) {
     }
     temporary = L"C:\\temp";
     EXPECT_EQ(built(), fallen_back);
-    temporary.clear();
-    EXPECT_EQ(built(), L"does not fit");
+    for (const std::size_t length : {0u, 324u}) {
+        temporary.assign(length, L'x');
+        EXPECT_EQ(built(), L"does not fit") << length;
+    }
+}
+
+TEST_F(DumpPathTest, TakesFoldersThatAreThere) {
+    wchar_t temporary_folder[MAX_PATH];
+    GetTempPathW(MAX_PATH, temporary_folder);
+    const std::wstring folder = std::wstring(temporary_folder) + L"tarvcore_dump_path_test";
+    const std::wstring file = folder + L"\\file";
+    EXPECT_TRUE(make_real_folder_(folder.c_str()));
+    EXPECT_TRUE(make_real_folder_(folder.c_str()));
+    EXPECT_TRUE(make_real_folder_(L"C:\\"));
+    EXPECT_FALSE(make_real_folder_((folder + L"\\none\\below").c_str()));
+    CloseHandle(CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+    EXPECT_FALSE(make_real_folder_(file.c_str()));
+    EXPECT_TRUE(DeleteFileW(file.c_str()) && RemoveDirectoryW(folder.c_str()));
 }
 
 TEST_F(DumpPathTest, NamesTheProgram) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <sstream>
 #include <string>
 
 #include "tarvcore/error_code_constants.h"
@@ -105,6 +106,7 @@ TEST(ErrorCodeConstants, AreNamedByTheirTexts) {
     };
     for (const auto& row : rows) {
         EXPECT_EQ(row.code.as_string(), row.text);
+        EXPECT_EQ((std::ostringstream() << row.code).str(), row.text);
         EXPECT_TRUE(row.code.as_source_string().is_reference());
     }
 }

@@ -106,13 +106,32 @@ TEST(ErrorException, ThrowingFunctionsPutThePartsInPlace) {
          "error.test.code m ['p' => \"1\"] " + place + "nested"},
         {[&] { throw_error(code, "m", here, nested); }, "error.test.code m [] " + place + "nested"},
         {[] { throw_errno(here, 13); }, "error.errno.EACCES …"},
+        {[&] { throw_errno(here, nested, 13); }, "error.errno.EACCES … " + place + "nested"},
         {[] { throw_winerror(here, 2, false); }, "error.errno.ENOENT …"},
+        {[&] { throw_winerror(here, nested, 2, true); },
+         "error.errno.ENOENT … " + place + "os.windows.2\n< error.nested"},
+        {[] { throw_with_nested_errno(code, "m", here, 10035); },
+         "error.test.code m [] " + place + "errno.EAGAIN"},
         {[] { throw_with_nested_errno(code, "m", ErrorParams().add("p", 2), here, 28); },
          "error.test.code m ['p' => \"2\"] " + place + "errno.ENOSPC"},
         {[] { throw_with_nested_winerror(code, "m", here, 5, true); },
          "error.test.code m [] " + place + "errno.EACCES\n< error.os.windows.5"},
+        {[] { throw_with_nested_winerror(code, "m", ErrorParams().add("p", 3), here, 5, false); },
+         "error.test.code m ['p' => \"3\"] " + place + "errno.EACCES"},
         {[] { throw_with_nested_exception(code, "m", here, std::out_of_range("why")); },
          "error.test.code m [] " + place + "exception.logic_error.out_of_range"},
+        {[] {
+             throw_with_nested_exception(code, "m", ErrorParams().add("p", 4), here,
+                                         std::bad_alloc());
+         },
+         "error.test.code m ['p' => \"4\"] " + place + "exception.bad_alloc"},
+        {[] { throw_error(ErrorInfo::create_with_nested_errno(code, "m", here, 2)); },
+         "error.test.code m [] " + place + "errno.ENOENT"},
+        {[] {
+             throw_error(ErrorInfo::create_with_nested_errno(code, "m", ErrorParams().add("p", 5),
+                                                             here, 17));
+         },
+         "error.test.code m ['p' => \"5\"] " + place + "errno.EEXIST"},
         {[] { impl::raise_embedded_nul_error(); },
          "error.tarvcore.string.embeddedNul String contains embedded NUL character and cannot be "
          "converted to a 'C'-string [] …"},
@@ -130,14 +149,11 @@ TEST(ErrorComposer, MakesStoresAndThrows) {
     composer.param("p", "v").param("q1", 1, "w", 1);
     const Ptr created = composer.create(code, here);
     EXPECT_EQ(created->expanded_message().as_string(), "m v");
-    EXPECT_EQ(composer.create_with_nested_exception(code, here, std::bad_alloc())->nested()->code(),
-              error::exception_badAlloc);
 
     Ptr stored = created;
     ErrorComposer copy(composer);
     copy.create_transfer_with_nested_winerror(&stored, code, here, 1234, false);
     EXPECT_EQ(stored->params().get_value("q", 1), "w");
-    EXPECT_EQ(stored->nested()->code(), error::errno_EINVAL);
     EXPECT_TRUE(created->has_unique_ref()) << "the old record was released";
 
     EXPECT_EQ(tarv_test::raised([&] { composer.create_transfer(nullptr, code, here, stored); }),
@@ -145,8 +161,51 @@ TEST(ErrorComposer, MakesStoresAndThrows) {
                   "test.code\n< error.errno.EINVAL\n< error.os.windows.1234");
     ErrorComposer other("m");
     other.message("other").params({});
-    EXPECT_EQ(tarv_test::raised([&] { other.throw_with_nested_errno(code, here, 2); }),
-              "error.test.code other [] " + place + "errno.ENOENT");
+    EXPECT_EQ(tarv_test::raised([&] { other.throw_error(code, here, created); }),
+              "error.test.code other [] " + place + "test.code");
+}
+
+TEST(ErrorComposer, MakesCausesOfTheSystemsErrorsAndOfExceptions) {
+    const std::bad_alloc exception;
+    Ptr record;
+    const struct {
+        std::function<void(ErrorComposer&)> operation;
+        std::string cause;
+    } rows[] = {
+        {[&](ErrorComposer& c) { record = c.create_with_nested_errno(code, here, 16); },
+         "errno.EBUSY"},
+        {[&](ErrorComposer& c) { record = c.create_with_nested_winerror(code, here, 5, true); },
+         "errno.EACCES\n< error.os.windows.5"},
+        {[&](ErrorComposer& c) { record = c.create_with_nested_exception(code, here, exception); },
+         "exception.bad_alloc"},
+        {[&](ErrorComposer& c) { c.create_transfer_with_nested_errno(&record, code, here, 16); },
+         "errno.EBUSY"},
+        {[&](ErrorComposer& c) {
+             c.create_transfer_with_nested_winerror(&record, code, here, 5, false);
+         },
+         "errno.EACCES"},
+        {[&](ErrorComposer& c) {
+             c.create_transfer_with_nested_exception(&record, code, here, exception);
+         },
+         "exception.bad_alloc"},
+        {[&](ErrorComposer& c) { c.throw_with_nested_errno(code, here, 16); }, "errno.EBUSY"},
+        {[&](ErrorComposer& c) { c.throw_with_nested_winerror(code, here, 5, false); },
+         "errno.EACCES"},
+        {[&](ErrorComposer& c) { c.throw_with_nested_exception(code, here, exception); },
+         "exception.bad_alloc"},
+    };
+    for (const auto& row : rows) {
+        ErrorComposer composer("m {@p}", ErrorParams().add("p", 1));
+        const auto raised = tarv_test::raised([&] {
+            row.operation(composer);
+            throw_error(record);
+        });
+        EXPECT_EQ(raised, "error.test.code m 1 ['p' => \"1\"] " + place + row.cause);
+        // Only to make a record copies.
+        const bool is_copied = &row - rows < 3;
+        EXPECT_EQ(composer.message(), is_copied ? "m {@p}" : "");
+        EXPECT_EQ(composer.params().empty(), !is_copied);
+    }
 }
 
 TEST(ErrorBuilder, TurnsItsTextIntoATemplate) {
@@ -158,6 +217,8 @@ TEST(ErrorBuilder, TurnsItsTextIntoATemplate) {
     EXPECT_EQ(
         tarv_test::raised([&] { builder.throw_error(code, here, -5L, plain); }),
         "error.test.code line 12 -5 {@other} ['nativeCode' => \"-5\"] " + place + "test.code");
+    EXPECT_EQ(tarv_test::raised([&] { builder.throw_error(code, here, plain); }),
+              "error.test.code line 12 {@nativeCode} {@other} [] " + place + "test.code");
     EXPECT_EQ(tarv_test::raised([&] { builder.throw_with_nested_errno(code, here, 10035); }),
               "error.test.code line 12 {@nativeCode} {@other} [] " + place + "errno.EAGAIN");
 }
@@ -192,8 +253,9 @@ TEST(FromException, NamesTypesAndKeepsRecords) {
     EXPECT_EQ(unknown->location(), here);
     EXPECT_EQ(unknown->params().get_value("classname", 9), "(anonymous namespace)::Unknown");
 
-    const Ptr cast = ErrorInfo::from_exception(
-        BadLexicalCast(typeid(const char*), typeid(unsigned long long)), here);
+    const BadLexicalCast bad_cast(typeid(const char*), typeid(unsigned long long));
+    EXPECT_STREQ(bad_cast.what(), "bad lexical cast");
+    const Ptr cast = ErrorInfo::from_exception(bad_cast, here);
     EXPECT_EQ(cast->code(), error::exception_badCast_badLexicalCast);
     EXPECT_EQ(cast->expanded_message().as_string(),
               "Bad lexical cast: Unable to convert value of type 'char const*' to 'unsigned long "

@@ -38,10 +38,11 @@ TEST(ErrorParams, KeepsPairsInOrderOfNames) {
         .add("ab", true)
         .add("", 18446744073709551615u);
     params.add("a", '\xFB').add("b", SourceString("last"));
+    params.add("ac", false).add("ad", static_cast<const char*>(nullptr));
     std::string pairs;
     for (const auto& [name, value] : params)
         pairs += name.as_string() + '=' + value + ' ';
-    EXPECT_EQ(pairs, "=18446744073709551615 a=-5 ab=true a\xFF=2 b=last ");
+    EXPECT_EQ(pairs, "=18446744073709551615 a=-5 ab=true ac=false ad= a\xFF=2 b=last ");
 
     EXPECT_EQ(params.count("ab", 2), 1u);
     EXPECT_EQ(params.count("ab", 1), 1u) << "'a', whatever follows";

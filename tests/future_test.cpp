@@ -77,11 +77,11 @@ TEST(Future, HasOneOutcome) {
 
 struct Value {
     static inline int alive = 0;
-    static inline bool throws = false;
+    static inline int moves = -1;  // before one that throws; less than 0: none does
 
     explicit Value(int n) : number(n) { ++alive; }
     Value(Value&& other) : number(std::exchange(other.number, 0)) {
-        if (throws) throw std::runtime_error("move");
+        if (moves-- == 0) throw std::runtime_error("move");
         ++alive;
     }
     ~Value() { --alive; }
@@ -102,10 +102,11 @@ TEST(Future, KeepsItsValue) {
         EXPECT_EQ(Value::alive, 2);
 
         const auto none = Future<Value>::create();
-        Value::throws = true;
-        EXPECT_THROW(none.signal(Value(9)), std::runtime_error);
-        Value::throws = false;
-        EXPECT_FALSE(none.is_ready()) << "and not locked";
+        for (const int moves : {0, 1}) {
+            Value::moves = moves;
+            EXPECT_THROW(none.signal(Value(9)), std::runtime_error);
+            EXPECT_FALSE(none.is_ready()) << "and not locked";
+        }
         EXPECT_TRUE(none.set(error_of()));
     }
     EXPECT_EQ(Value::alive, 0);

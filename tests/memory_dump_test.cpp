@@ -78,10 +78,11 @@ protected:
     }
 
     // Whether a dump fails, and leaves nothing.
-    static void expect_failure(const char* reason, unsigned path_size = 600) {
+    static void expect_failure(const char* reason, unsigned path_size = 600,
+                               const char* name = "") {
         char path[600] = "untouched";
         EXPECT_FALSE(
-            create_diagnostic_memory_dump(diagnosticMemoryDumpSmall, nullptr, path, path_size))
+            create_diagnostic_memory_dump(diagnosticMemoryDumpSmall, name, path, path_size))
             << reason;
         EXPECT_STREQ(path, "untouched") << reason;
         wchar_t pattern[MAX_PATH];
@@ -97,6 +98,11 @@ protected:
 
 TEST_F(MemoryDumpFailures, LeaveNothing) {
     expect_failure("a path that does not fit", 10);
+    expect_failure("a name that does not fit", 600, std::string(400, 'x').c_str());
+    {
+        const impl::DebugHelpLock taken;
+        expect_failure("a library in use");
+    }
     help.write_dump = fail_to_write;
     expect_failure("a full disk");
     help.write_dump = nullptr;
@@ -136,7 +142,7 @@ TEST_F(MemoryDumpFailures, AreThoseOfTheSecondWriterOfAPath) {
     path_of_dump = expected.c_str();
     help.write_dump = write_while_others_try;
     const auto dump = [](char* path) {
-        return create_diagnostic_memory_dump(diagnosticMemoryDumpFull, nullptr, path, 600);
+        return create_diagnostic_memory_dump(diagnosticMemoryDumpFull, "", path, 600);
     };
     char path[600] = "";
     EXPECT_TRUE(dump(path));

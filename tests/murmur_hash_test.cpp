@@ -120,11 +120,14 @@ TEST(MurmurHashContext, CopiesGoTheirOwnWays) {
 }
 
 TEST(MurmurHashContext, GoesWithoutMemory) {
+    const MurmurHashContext full(7);
     tarv_test::AllocationWatch watch;
     watch.fail_from(0);
     MurmurHashContext empty(7);
     MurmurHashContext copy(empty.update("abc", 3));
+    const MurmurHashContext no_copy(full);
     watch.fail_none();
+    EXPECT_EQ(no_copy.calculate_digest(), 0u);
     copy.reset();
     EXPECT_EQ(copy.update("abc", 3).calculate_digest(), 0u);
     copy = MurmurHashContext(7);

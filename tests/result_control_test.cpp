@@ -150,6 +150,20 @@ TEST(ResultControl, SaysWhetherItsValueIsLookedAt) {
     EXPECT_FALSE(result_future<int>().create_async_handler()->ignored());
     EXPECT_TRUE(result_ignored<int>().is_ignored() && result_cancelled<int>().is_ignored());
     EXPECT_TRUE(result_error_if_async<int>().create_async_handler()->ignored());
+    EXPECT_TRUE(result_ignored<int>().create_async_handler()->ignored());
+    EXPECT_TRUE(result_cancelled<int>().create_async_handler()->ignored());
+    const auto is_inner_one_ignored = []<class T>(T*) {
+        bool ignored = false;
+        invoke_inner<T>(
+            result_ignored().create_async_handler(),
+            [&](const ResultControl<T>& control) {
+                ignored = control.create_async_handler()->ignored();
+            },
+            [](auto&&...) {});
+        return ignored;
+    };
+    EXPECT_TRUE(is_inner_one_ignored(static_cast<void*>(nullptr)));
+    EXPECT_FALSE(is_inner_one_ignored(static_cast<int*>(nullptr)));
     EXPECT_EQ(std::string(result_future<std::string>().signal_result("value").get()), "value");
 }
 
@@ -205,9 +219,15 @@ TEST(DispatchedCompletion, ArrivesAsItWasSent) {
         copy.signal(*handler);
         EXPECT_EQ(state_of(handler->get_result()), row.expected);
     }
-    const auto handler = result_future<int>().create_async_handler();
-    impl::DispatchedCompletion<int>(7).signal(*handler);
-    EXPECT_EQ(handler->get_result().get(), 7);
+    impl::DispatchedCompletion<int> completions[] = {7, error_of("error.tarvcore.E")};
+    const char* const expected[] = {"value", "E"};
+    for (auto& completion : completions) {
+        const auto handler = result_future<int>().create_async_handler();
+        completion.signal(*handler);
+        const Result<int> result = handler->get_result();
+        EXPECT_EQ(state_of(result), expected[&completion - completions]);
+        EXPECT_TRUE(result.has_error() || result.get() == 7);
+    }
     EXPECT_EQ(&impl::DispatchedCompletion<void>::value, &nil);
 }
 
@@ -229,7 +249,7 @@ TEST(InnerOperation, EndsInTheOuterOne) {
         {'v', {"hse"}, "empty ! result.redundantSignal < e", "value"},
         {'t', {"S", "hs"}, "empty", "T"},
         {'u', {"hs"}, "empty ! result.redundantSignal < T", "value"},
-        {'-', {"hxs", "hxe", "hxss", "hxd", "xS", "hC"}, "empty stop", "result.cancelled"},
+        {'-', {"hxs", "hxe", "hxss", "hxee", "hxd", "xS", "hC"}, "empty stop", "result.cancelled"},
     };
     for (const auto& row : rows) {
         for (const std::string& events : row.plays) {
@@ -296,6 +316,37 @@ TEST(InnerOperation, TellsThatACallbackLetAnExceptionEscape) {
               "error.tarvcore.result.redundantSignal A success callback PROBABLY allowed an "
               "exception to escape. [] tarvcore:impl::raise_redundant_signal_error() "
               "//tarvcore/result.cpp\n< error.tarvcore.T");
+}
+
+// What an observer of the outer operation raises is none of its outcomes.
+TEST(InnerOperation, LetsErrorsOfOthersPass) {
+    struct Raiser : RefCounted<AtomicRefCount>, IFutureObserverBase {
+        void on_future_error(const ErrorInfo::Ptr&) override {
+            throw_error(error_of("error.tarvcore.O"));
+        }
+        void on_future_success() override {}
+    };
+    const struct {
+        const char* events;  // of the inner operation, whose `then` throws
+        const char* inner;
+        const char* outer;
+    } rows[] = {
+        {"S", "empty ! O", "T"},
+        {"E", "empty ! O", "E"},
+        {"", "empty", "result.notSignaled"},
+    };
+    for (const auto& row : rows) {
+        const auto future = Future<void>::create();
+        future.add_observer(RefCountPtr(new Raiser));
+        const auto outer = result_future(future).create_async_handler();
+        invoke_inner<int>(
+            outer,
+            [&](const ResultControl<int>& control) {
+                EXPECT_EQ(play(control, row.events, 7), row.inner) << row.events;
+            },
+            [](const auto&, int) { throw_error(error_of("error.tarvcore.T")); });
+        EXPECT_EQ(state_of(outer->get_result()), row.outer) << row.events;
+    }
 }
 
 TEST(ResultControl, DestroysWhatItHasBuilt) {

@@ -87,6 +87,18 @@ TEST(SingleUseTask, TellsItsHandler) {
         }
         EXPECT_EQ(error.substr(0, error.find(' ')), row.code);
     }
+
+    // Who drops a task is not told what its handler raises.
+    struct Raiser final : IFutureObserverBase {
+        void on_future_error(const ErrorInfo::Ptr&) override { throw std::runtime_error("raised"); }
+        void on_future_success() override {}
+    } raiser;
+    const auto future = Future<void>::create();
+    future.add_observer(&raiser);
+    {
+        const SingleUseTask never([] {}, result_future(future).create_async_handler(), where);
+    }
+    EXPECT_EQ(future.error_info()->code(), error::tarvcore_task_notExecuted);
 }
 
 TEST(AsyncOpHandle, CancelsOnce) {

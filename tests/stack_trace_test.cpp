@@ -8,11 +8,14 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <cwchar>
 #include <sstream>
 #include <thread>
+#include <utility>
 
 #include "tarvcore/impl/debug_help.h"
 #include "tarvcore/impl/stack_walk.h"
+#include "tests/support/guarded_memory.h"
 #include "tests/support/pattern.h"
 #include "tests/support/scoped_calls.h"
 #include "tests/support/threads.h"
@@ -65,6 +68,7 @@ TEST(StackTrace, PrintsWhatIsKnown) {
     } rows[] = {
         {{address, "", "", 0, "", 0}, "0x00401234"},
         {{address, "a.exe", "", 0x1234, "", 0}, "0x00401234 a.exe+0x1234"},
+        {{address, "", "f(int)", 0x10, "", 0}, "0x00401234 f(int)+0x10"},
         {{address, "a.exe", "f(int)", 0x10, "", 0}, "0x00401234 a.exe!f(int)+0x10"},
         {{address, "a.exe", "f(int)", 0x10, "f.cpp", 42},
          "0x00401234 a.exe!f(int)+0x10 [f.cpp @ 42]"},
@@ -152,11 +156,36 @@ TEST_F(SymbolEngineTest, EndsWithItsLastUser) {
 TEST_F(SymbolEngineTest, IsNotNeededForModules) {
     help.initialize = fail_to_start;
     EXPECT_EQ(stack_trace_outer()[0].module, "diagnostics_test.exe");
-    help = {};
-    EXPECT_EQ(stack_trace_outer()[0].module, "diagnostics_test.exe");
+    const auto whole = help;
+    for (const auto lacks : {+[] { help.options = nullptr; }, +[] { help.set_options = nullptr; },
+                             +[] { help.initialize = nullptr; }, +[] { help.clean_up = nullptr; },
+                             +[] { help.symbol_at = nullptr; }, +[] { help.line_at = nullptr; }}) {
+        help = whole;
+        lacks();
+        EXPECT_EQ(stack_trace_outer()[0].module, "diagnostics_test.exe");
+    }
     const impl::DebugHelpLock taken;
     EXPECT_EQ(stack_trace_outer()[0].module, "diagnostics_test.exe");
     EXPECT_EQ(started + ended, 0);
+}
+
+const wchar_t* symbol_name;
+
+BOOL WINAPI name_symbol(HANDLE, DWORD64, PDWORD64, PSYMBOL_INFOW symbol) {
+    std::wcscpy(symbol->Name, symbol_name);
+    return TRUE;
+}
+
+TEST_F(SymbolEngineTest, MayGiveMangledNames) {
+    help.symbol_at = name_symbol;
+    const std::pair<const wchar_t*, const char*> rows[] = {{L"_ZN1a1fEi", "a::f(int)"},
+                                                           {L"__ZN1a1fEi", "a::f(int)"},
+                                                           {L"a::f", "a::f"},
+                                                           {L"__ZN1a", "__ZN1a"}};
+    for (const auto& [name, shown_name] : rows) {
+        symbol_name = name;
+        EXPECT_EQ(stack_trace_outer()[0].function, shown_name);
+    }
 }
 
 BOOL WINAPI faulty_symbol(HANDLE, DWORD64, PDWORD64, PSYMBOL_INFOW) {
@@ -200,8 +229,25 @@ TEST(StackWalk, StopsWhereFramePointersMakeNoSense) {
     EXPECT_EQ(count(at(0), 0xFFFFFFFC), 3u) << "the end of memory";
     EXPECT_EQ(count(0, 0), 1u);
     EXPECT_EQ(count(at(0) - 4, 0), 1u) << "below the stack pointer";
-    context.Esp = 0x10;
-    EXPECT_EQ(count(0x10, 0), 1u) << "not on a stack";
+    for (const DWORD nowhere : {0x10u, 0xFFFFFFF0u}) {
+        context.Esp = nowhere;
+        EXPECT_EQ(count(nowhere, 0), 1u) << "not on a stack";
+    }
+    const tarv_test::GuardedMemory memory(4096);
+    for (const unsigned left : {0u, 4u}) {
+        context.Esp = reinterpret_cast<std::uintptr_t>(memory.before_guard(left));
+        EXPECT_EQ(count(context.Esp, 0), 1u) << left << " bytes can be read";
+    }
+}
+
+[[gnu::noipa]] std::vector<StackFrame> deep_stack_trace(int depth) {
+    auto frames = depth == 0 ? current_stack_trace() : deep_stack_trace(depth - 1);
+    frames.reserve(100);
+    return frames;
+}
+
+TEST_F(SymbolEngineTest, DescribesTheInnermostCalls) {
+    EXPECT_EQ(deep_stack_trace(100).size(), impl::max_stack_frames);
 }
 
 }  // namespace

@@ -23,9 +23,6 @@ DebugHelp load() {
     look_up(library, "SymSetOptions", help.set_options);
     look_up(library, "SymInitializeW", help.initialize);
     look_up(library, "SymCleanup", help.clean_up);
-    look_up(library, "StackWalk64", help.walk);
-    look_up(library, "SymFunctionTableAccess64", help.function_table);
-    look_up(library, "SymGetModuleBase64", help.module_base);
     look_up(library, "SymFromAddrW", help.symbol_at);
     look_up(library, "SymGetLineFromAddrW64", help.line_at);
     return help;

@@ -18,18 +18,12 @@ struct DebugHelp {
     decltype(&::SymSetOptions) set_options;
     decltype(&::SymInitializeW) initialize;
     decltype(&::SymCleanup) clean_up;
-    decltype(&::StackWalk64) walk;
-    decltype(&::SymFunctionTableAccess64) function_table;
-    decltype(&::SymGetModuleBase64) module_base;
     decltype(&::SymFromAddrW) symbol_at;
     decltype(&::SymGetLineFromAddrW64) line_at;
 
     bool has_symbols() const {
         return options != nullptr && set_options != nullptr && initialize != nullptr &&
                clean_up != nullptr && symbol_at != nullptr && line_at != nullptr;
-    }
-    bool has_walk() const {
-        return walk != nullptr && function_table != nullptr && module_base != nullptr;
     }
 };
 

@@ -48,7 +48,8 @@ private:
     void append_digits(unsigned long number, unsigned base, unsigned min_digits);
     // Makes the folder that the path is, and goes into it.
     bool enter();
-    bool ends_in_separator() const { return length_ != 0 && text_[length_ - 1] == L'\\'; }
+    // Not of an empty one.
+    bool ends_in_separator() const { return text_[length_ - 1] == L'\\'; }
     void clear();
 
     wchar_t text_[capacity] = L"";

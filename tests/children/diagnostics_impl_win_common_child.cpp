@@ -8,6 +8,7 @@
 #include "tarvcore/diagnostic_trace.h"
 #include "tarvcore/diagnostics_impl_win_common.h"
 #include "tarvcore/impl/debug_help.h"
+#include "tarvcore/impl/dump_path.h"
 #include "tarvcore/impl/user_interface.h"
 //
 #include <windows.h>
@@ -46,6 +47,13 @@ const impl::DebugHelpCalls debug_help = {[]() -> const impl::DebugHelp& {
     return help;
 }};
 
+impl::DumpPathCalls without_folders() {
+    impl::DumpPathCalls calls = *impl::dump_path_calls;
+    calls.trace_root = [](wchar_t*, unsigned long) { return 0ul; };
+    calls.temporary_folder = [](unsigned long, wchar_t*) { return 0ul; };
+    return calls;
+}
+
 // Fails when the program's static objects are destroyed.
 struct Late {
     ~Late() {
@@ -64,6 +72,8 @@ int main(int, char** argv) {
     can_write = modifier != "SHIFT, no dump";
     impl::user_interface_calls = &user_interface;
     impl::debug_help_calls = &debug_help;
+    static const impl::DumpPathCalls no_folders = without_folders();
+    if (modifier == "SHIFT, no folder") impl::dump_path_calls = &no_folders;
     set_diagnostic_trace_handlers(
         nullptr, [](auto&, auto&, auto, auto) { return true; }, nullptr);
     static const Late late;

@@ -42,7 +42,8 @@ void unlink_in_all_orders(bool checked) {
         Handler handlers[4];
         for (int i = 0; i < 4; ++i) {
             controls[i] = make_control();
-            handlers[i] = controls[i]->create_async_handler();
+            controls[i]->create_async_handler();
+            handlers[i] = controls[i]->create_async_handler();  // a second one, of the same call
         }
         for (const int unlinked : order) {
             controls[unlinked].reset();
