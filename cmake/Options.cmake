@@ -31,6 +31,8 @@ if(TARVCORE_CHECKED)
     include(Checkers)
 endif()
 if(TARVCORE_COVERAGE)
+    # What is expanded wherever it is called would count as one function that goes all ways everywhere.
+    target_compile_definitions(tarvcore_options INTERFACE always_inline=unused)
     target_compile_options(tarvcore_options INTERFACE --coverage)
     target_link_options(tarvcore_options INTERFACE --coverage)
 endif()

@@ -123,11 +123,11 @@ TEST(Random, ThreadsShareOneSequence) {
     tarv_test::run_threads(drawn.size(), [&](unsigned i) {
         std::vector<std::uint32_t>& mine = drawn[i];
         mine.resize(1 << 18);
-        if (i % 2 == 0) {
-            random_fill(mine.data(), mine.size() * 4);
-        } else {
-            std::generate(mine.begin(), mine.end(), random_uint32);
-        }
+        const auto middle = mine.begin() + (1 << 17);
+        // So often that threads come in between.
+        for (int fills = 0; fills < 40; ++fills)
+            random_fill(mine.data(), 4 << 17);
+        std::generate(middle, mine.end(), random_uint32);
     });
 
     // Four words that two threads share would be no chance: 2^-128 for each pair of places.

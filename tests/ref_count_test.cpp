@@ -1,5 +1,5 @@
-// Faults to catch: zero reported one step early or late; the dead revived; `destroy` called twice,
-// never, or past an override.
+// Faults to catch: zero reported one step early or late; the dead revived; a count that is lost;
+// `destroy` called twice, never, or past an override.
 
 #include "tarvcore/ref_count.h"
 
@@ -11,6 +11,7 @@
 
 #include "tarvcore/ref_count_ptr.h"
 #include "tests/support/racers.h"
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -44,6 +45,18 @@ TEST(AtomicStrongWeakRefCount, DoesNotReviveTheDead) {
     EXPECT_FALSE(count.has_strong_refs());
     EXPECT_FALSE(count.decrement_weak());
     EXPECT_TRUE(count.decrement_weak());
+}
+
+TEST(AtomicStrongWeakRefCount, LosesNothingBetweenThreads) {
+    constexpr int each = 300'000;
+    AtomicStrongWeakRefCount count;
+    tarv_test::run_threads(2, [&](unsigned) {
+        for (int i = 0; i < each; ++i)
+            EXPECT_TRUE(count.increment_strong());
+    });
+    for (int i = 0; i < 2 * each; ++i)
+        ASSERT_FALSE(count.decrement_strong());
+    EXPECT_TRUE(count.decrement_strong());
 }
 
 template <class Counter>

@@ -52,7 +52,7 @@ TEST(SourceLocation, IsEmptyOnlyWhereKnownToBe) {
     EXPECT_FALSE(location.empty());
     EXPECT_EQ(location.function().size() + location.file_id().size(), 0u);
     EXPECT_TRUE(location.empty());
-    EXPECT_FALSE(SourceLocation({}, "id", 5).empty() || SourceLocation("f", {}, 5).empty());
+    EXPECT_FALSE(SourceLocation(SourceString(), "id", 5).empty());
 
     SourceLocation source("f", "id", 9);
     SourceLocation target(source.transfer());

@@ -93,7 +93,10 @@ TEST(StringTo, ReadsIntegersWithinTheirRange) {
     expect_refused<unsigned>({"4294967296"});
     expect_refused<long long>({"9223372036854775808", "-9223372036854775809"});
     expect_refused<unsigned long long>({"18446744073709551616", "99999999999999999999999"});
-    EXPECT_THROW(string_to<int>(L"\x131"), ErrorException) << "not a 1 in its low byte";
+    EXPECT_THROW(string_to<int>(L"\x131"
+                                L"1"),
+                 ErrorException)
+        << "not a 1 in its low byte";
 }
 
 TEST(StringTo, ReadsFloatingPointNumbers) {

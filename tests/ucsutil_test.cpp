@@ -272,6 +272,7 @@ TEST(UcsUtil, ValidationNamesTheFirstFault) {
         {"\xF0\x8F\xBF\xBF", overlong},
         {"\xF0x\x80\x80", overlong},
         {"\xF0\x90x\x80", subsequent},
+        {"\xF1\x80x\x80", subsequent},
         {"\xF8\x87\x80\x80\x80", overlong},
         {"\xF8\x88\x80\x80x", subsequent},
         {"\xFC\x83\x80\x80\x80\x80", overlong},
