@@ -73,6 +73,18 @@ TEST(ObjectKey, UniqueOnesAreThemselves) {
     EXPECT_EQ(labeled.query_trace_data()->query_trace_text(), "label");
 }
 
+TEST(ObjectKey, HasOneTraceTextForAllThreads) {
+    std::vector<ObjectKey> keys;
+    for (int i = 0; i < 20'000; ++i)
+        keys.push_back(ObjectKey::create_unique());
+    std::vector<const char*> texts[2];
+    tarv_test::run_threads(2, [&](unsigned i) {
+        for (const ObjectKey& key : keys)
+            texts[i].push_back(key.query_trace_data()->query_trace_text().data());
+    });
+    EXPECT_TRUE(texts[0] == texts[1]);
+}
+
 TEST(StringKey, OneForEveryText) {
     const unsigned before = string_key_count();
     std::string text = "abc";

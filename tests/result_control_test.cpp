@@ -389,6 +389,7 @@ TEST(SignallingChecks, FollowTheEnvironment) {
         EXPECT_EQ(outcome.output, "within the call: " + refusal +
                                       "\nfrom another thread: passes\n"
                                       "through the control: passes\n"
+                                      "dropped by another thread: passes\n"
                                       "in all orders: passes\n")
             << (row.value ? "set" : "not set");
     }

@@ -7,6 +7,7 @@
 
 #include <exception>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "tests/support/child_process.h"
@@ -22,6 +23,15 @@ std::string report_of(const wchar_t* way, int argument = 0) {
         tarv_test::run_program(L"terminate_handler_child.exe", {way, std::to_wstring(argument)});
     EXPECT_EQ(outcome.status, 3u) << way;
     return outcome.errors;
+}
+
+// Deletes the dump that a report names, if it names one.
+bool delete_dump(const std::string& report) {
+    const std::string label = "\n*** //tarvcore/impl/fault_record.cpp#1 - Created memory dump: ";
+    const auto found = report.find(label);
+    if (found == std::string::npos) return false;
+    const auto begin = found + label.size();
+    return DeleteFileA(report.substr(begin, report.find('\n', begin) - begin).c_str()) != 0;
 }
 
 TEST(TerminateHandler, TellsWhatEndedTheProcess) {
@@ -50,10 +60,11 @@ TEST(TerminateHandler, TellsWhatEndedTheProcess) {
         {L"smashed", violation + "writing address 0x00000010 by thread 0x…!", ""},
         {L"call",
          "Access violation at address 0x00000020: executing address 0x00000020 by thread 0x…!", ""},
-        {L"divide", "Fault \"Integer division by zero\" by thread 0x… at address 0x…!", "!fail+"},
+        {L"divide, dump", "Fault \"Integer division by zero\" by thread 0x… at address 0x…!",
+         "!fail+"},
         {L"illegal", "Fault \"Illegal instruction\" by thread 0x… at address 0x…!", ""},
         {L"own", "Fault \"0xe1234567\" by thread 0x… at address 0x…!", ""},
-        {L"overflow", "Fault \"Stack overflow\" by thread 0x… at address 0x…!", ""},
+        {L"overflow, dump", "Fault \"Stack overflow\" by thread 0x… at address 0x…!", ""},
     };
     for (const auto& row : rows) {
         const std::string report = report_of(row.way);
@@ -64,18 +75,22 @@ TEST(TerminateHandler, TellsWhatEndedTheProcess) {
                 row.message + "\n…\n*** …#1 - !!!!! Aborting process NOW !!!!!\n"))
             << row.way;
         EXPECT_NE(report.find(row.cause), std::string::npos) << row.way << report;
+        EXPECT_EQ(delete_dump(report), std::wstring_view(row.way).ends_with(L", dump")) << row.way;
     }
 }
 
 TEST(TerminateHandler, EndsTheProcessWhateverAHookDoes) {
     EXPECT_EQ(report_of(L"hook", 0),
               "\n*** The report of a fault failed.\n\n*** !!!!! Aborting process NOW !!!!!\n");
-    for (const int hook : {1, 2})  // raises, and never comes back
-        EXPECT_TRUE(
-            tarv_test::agrees(report_of(L"hook", hook),
-                              "…\n    …: writing address 0x00000010 by thread …\n…\n*** … - "
-                              "!!!!! Aborting process NOW !!!!!\n"))
+    // Raises, never comes back, and brings another thread to grief.
+    for (const int hook : {1, 2, 3}) {
+        const std::string report = report_of(L"hook", hook);
+        const std::string end = "!!!!! Aborting process NOW !!!!!\n";
+        EXPECT_TRUE(tarv_test::agrees(
+            report, "…\n    …: writing address 0x00000010 by thread …\n…\n*** … - " + end))
             << hook;
+        EXPECT_EQ(report.find(end), report.size() - end.size()) << "once";
+    }
 }
 
 TEST(TerminateHandler, EndsTheProcessWithoutMemory) {

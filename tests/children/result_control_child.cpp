@@ -79,6 +79,18 @@ int main() {
         });
         say("through the control", [&] { control->signal_result(); });
     }
+    say("dropped by another thread", [&] {
+        const auto own = make_control();
+        const Handler handler = own->create_async_handler();
+        std::unique_ptr<Control> control;
+        std::thread([&] {
+            control = make_control();
+            control->create_async_handler();
+        }).join();
+        control.reset();
+        const bool passes = tarv_test::raised([&] { handler->on_async_result_success(); }).empty();
+        if (passes == checked) throw_error(error::tarvcore, "", SourceLocation());
+    });
     say("in all orders", [&] { unlink_in_all_orders(checked); });
     return 0;
 }

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
 
 #include "tarvcore/diagnostic_trace.h"
@@ -25,12 +26,21 @@ namespace {
 
 using namespace tarvcore;
 
+const DWORD main_thread = GetCurrentThreadId();
 const impl::DebugHelpCalls* const system_calls = impl::debug_help_calls;
 
+// Writes none, and says so where the dump would not be that of the main thread.
+BOOL WINAPI write_dump(HANDLE, DWORD, HANDLE, MINIDUMP_TYPE, PMINIDUMP_EXCEPTION_INFORMATION cause,
+                       PMINIDUMP_USER_STREAM_INFORMATION, PMINIDUMP_CALLBACK_INFORMATION) {
+    return cause->ThreadId == main_thread;
+}
+
+// Dumps take seconds.
+decltype(&write_dump) dump_function = nullptr;
 const impl::DebugHelpCalls without_dumps = {
     []() -> const impl::DebugHelp& {
         static impl::DebugHelp help = system_calls->load();
-        help.write_dump = nullptr;
+        help.write_dump = dump_function;
         return help;
     },
 };
@@ -67,6 +77,11 @@ int overflow(int depth) {
             [](auto&, auto&, auto, auto) { return *nowhere == 1; },
             [](auto&, auto&, auto, auto) -> bool { throw 42; },
             [](auto&, auto&, auto, auto) { return Sleep(INFINITE), true; },
+            [](auto&, auto&, auto, auto) -> bool {
+                std::thread(fail, "write", 0).detach();
+                Sleep(100);
+                throw 42;
+            },
         };
         if (argument == 2) impl::longest_hook_call = 300;  // the others may be slow, too
         set_diagnostic_trace_handlers(nullptr, hooks[argument], nullptr);
@@ -82,8 +97,12 @@ int overflow(int depth) {
 }  // namespace
 
 int main(int, char** argv) {
-    const std::string way = argv[1];
-    impl::debug_help_calls = &without_dumps;  // which take seconds
+    std::string way = argv[1];
+    if (constexpr std::string_view dump = ", dump"; way.ends_with(dump)) {
+        way.resize(way.size() - dump.size());
+        dump_function = write_dump;
+    }
+    impl::debug_help_calls = &without_dumps;
     const ScopedDiagnosticSignalHandler handler;
     if (way == "restored") {
         { const ScopedDiagnosticSignalHandler inner; }
