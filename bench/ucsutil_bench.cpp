@@ -49,12 +49,22 @@ unsigned random_character(Kind kind, std::mt19937& random) {
     }
 }
 
-// As many characters as fill `size` bytes of UTF-8, the last ones ASCII where they would not.
-Text make_text(Kind kind, unsigned size) {
+unsigned bytes_as_utf8(unsigned c) {
+    return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
+}
+unsigned bytes_as_utf16(unsigned c) {
+    return c < 0x10000 ? 2 : 4;
+}
+unsigned bytes_as_ucs4(unsigned) {
+    return 4;
+}
+
+// As many characters as fill `size` bytes of an encoding, the last ones ASCII where they would not.
+Text make_text(Kind kind, unsigned size, unsigned (*bytes_of)(unsigned c)) {
     std::mt19937 random(kind);
     Text text;
-    while (text.utf8.size() < size) {
-        const bool last = text.utf8.size() + 4 > size;
+    for (unsigned made = 0; made < size; made += bytes_of(text.ucs4.back())) {
+        const bool last = made + 4 > size;
         const unsigned c = random_character(last ? ascii : kind, random);
         utf8::append(c, std::back_inserter(text.utf8));
         text.ucs4.push_back(c);
@@ -83,9 +93,10 @@ int icu_to_utf8(const Text& text, char* destination, std::size_t capacity) {
     return length;
 }
 
-// Operations.  Each leaves its result in the buffer or answers it.
+// Operations.  Each leaves its result in the buffer or answers it.  Sizes are those of the source.
 
 struct Utf8ToUtf16 {
+    static constexpr auto source_bytes = bytes_as_utf8;
     static bool right(const Text& text) {
         return text.utf16_buffer.compare(0, text.utf16.size(), text.utf16) == 0;
     }
@@ -110,6 +121,7 @@ struct Utf8ToUtf16 {
 };
 
 struct Utf16ToUtf8 {
+    static constexpr auto source_bytes = bytes_as_utf16;
     static bool right(const Text& text) {
         return text.utf8_buffer.compare(0, text.utf8.size(), text.utf8) == 0;
     }
@@ -133,6 +145,7 @@ struct Utf16ToUtf8 {
 };
 
 struct Utf8ToUcs4 {
+    static constexpr auto source_bytes = bytes_as_utf8;
     static bool right(const Text& text) { return text.ucs4_buffer == text.ucs4; }
     static unsigned ours(Text& t) {
         return tarvcore::utf8_to_ucs4(t.utf8.data(), t.utf8.size(), t.ucs4_buffer.data(),
@@ -144,6 +157,7 @@ struct Utf8ToUcs4 {
 };
 
 struct Ucs4ToUtf8 {
+    static constexpr auto source_bytes = bytes_as_ucs4;
     static bool right(const Text& text) { return Utf16ToUtf8::right(text); }
     static unsigned ours(Text& t) {
         return tarvcore::ucs4_to_utf8(t.ucs4.data(), t.ucs4.size(), t.utf8_buffer.data(),
@@ -155,12 +169,14 @@ struct Ucs4ToUtf8 {
 };
 
 struct Validation {
+    static constexpr auto source_bytes = bytes_as_utf8;
     static bool right(const Text&) { return true; }
     static bool ours(Text& t) { return tarvcore::is_valid_utf8(t.utf8.data(), t.utf8.size()); }
     static bool utfcpp(Text& t) { return utf8::is_valid(t.utf8.begin(), t.utf8.end()); }
 };
 
 struct CountOfUtf8AsUtf16 {
+    static constexpr auto source_bytes = bytes_as_utf8;
     static bool right(const Text&) { return true; }
     static unsigned ours(Text& t) {
         return tarvcore::utf8_to_wstr(t.utf8.data(), t.utf8.size(), nullptr, 0, 0, nullptr);
@@ -173,6 +189,7 @@ struct CountOfUtf8AsUtf16 {
 };
 
 struct CountOfUtf16AsUtf8 {
+    static constexpr auto source_bytes = bytes_as_utf16;
     static bool right(const Text&) { return true; }
     static unsigned ours(Text& t) {
         return tarvcore::wstr_to_utf8(t.utf16.data(), t.utf16.size(), nullptr, 0, 0, nullptr);
@@ -186,7 +203,7 @@ struct CountOfUtf16AsUtf8 {
 
 template <class Operation, auto function, Kind kind, unsigned size>
 void run(benchmark::State& state) {
-    Text text = make_text(kind, size);
+    Text text = make_text(kind, size, Operation::source_bytes);
     require(function(text) != 0 && Operation::right(text), "a converted text");
     measure(state, [&] {
         keep(text);
