@@ -32,7 +32,7 @@ int main() {
         ++calls[StringKey(operation)];
     std::cout << "read: " << calls[StringKey("read")] << " times\n";
 
-    const ObjectKey mine = ObjectKey::create_unique_with_label("mine", 4);
+    const ObjectKey mine = ObjectKey::create_unique_with_label("mine");
     std::cout << mine << " is like no other: " << (mine != ObjectKey::create_unique()) << '\n';
 
     MurmurHashContext hash(0);

@@ -9,7 +9,7 @@ import pathlib
 import re
 import sys
 
-HEAD = ["operation", "ours", "allocations", "fastest peer", "ratio", "goal", "other peers"]
+HEAD = ["operation", "ours", "allocations", "measured against", "ratio", "goal", "other peers"]
 GOAL = re.compile(r"([\d.]+) (ns|x)(?: of (.+))?")
 MARK = "<!-- table -->\n"
 
@@ -32,7 +32,7 @@ def shown(nanoseconds):
 
 
 def with_allocations(candidate, time, allocations):
-    return f"{candidate} {shown(time)}" + (f" ({allocations:g})" if allocations else "")
+    return f"{candidate} {shown(time)}" + (f" ({allocations:.2g})" if allocations else "")
 
 
 def table_row(operation, candidates, goal):
@@ -50,7 +50,7 @@ def table_row(operation, candidates, goal):
         shown(time),
         f"{allocations:g}",
         with_allocations(peers[0][0], *peers[0][1]) if peers else "",
-        f"{ratio:.2f} x" if peers else "",
+        f"{ratio:.2f} x" if peers and ratio >= 0.01 else f"{ratio:.3f} x" if peers else "",
         (f"{limit} {unit}" if goal else "") + ("" if met else " **missed**"),
         ", ".join(with_allocations(peer, *values) for peer, values in peers[1:]),
     ]

@@ -149,9 +149,9 @@ Message read_time_by_fields(const char* text, const char* end, std::uint64_t& ns
         if (has_colons && *text == ':') {
             ++text;
         } else if (has_colons || digit(*text) > 9) {
-            // After hh:mm a comma and the sign of an offset are stray characters, though after any
-            // other field they are known for what they are.  It has always been so, and lists of
-            // times are written with commas.
+            // After hh:mm a comma and the sign of an offset are stray characters, and after a
+            // fraction the sign is, though after any other field they are known for what they are.
+            // It has always been so, and lists of times are written with commas.
             if (has_colons && *text != '.') return read_end(text, end);
             break;
         }

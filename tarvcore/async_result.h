@@ -21,7 +21,9 @@ class TARVCORE_API AsyncResultBase : public impl::AsyncOp {
 public:
     // Whether nobody looks at the value: always so where there is none.
     virtual bool ignored() const = 0;
-    // Whether the caller has cancelled: the operation may stop, and what it signals is dropped.
+    // Whether the result has ended with "error.tarvcore.result.cancelled": the operation may stop,
+    // and what it signals is dropped.  So it is when the caller has cancelled, and also once the
+    // operation itself has signalled such an error.
     virtual bool cancelled() const = 0;
 
     // Signals the error with which the operation has ended.  A null one raises
@@ -52,8 +54,8 @@ private:
 // ended.  A handler that goes without a signal completes its result with
 // "error.tarvcore.result.notSignaled", so that nobody waits for ever.
 //
-// A second signal raises "error.tarvcore.result.redundantSignal" and changes nothing, unless the
-// caller has cancelled: then every signal is dropped.
+// A second signal raises "error.tarvcore.result.redundantSignal" and changes nothing, unless
+// `cancelled()`: then every signal is dropped.
 //
 //     Result<void> Copier::start(const ResultControl<void>& control) {
 //         auto handler = control.create_async_handler();

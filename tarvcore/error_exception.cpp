@@ -8,7 +8,7 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/error_exception.cpp#1 $");
 namespace tarvcore {
 namespace {
 
-// The line that records show, wherever this stands.
+// The line that records show wherever this stands: logs are compared with it.
 constexpr unsigned null_pointer_line = 43;
 
 ErrorInfo::Ptr null_pointer_record() {

@@ -103,7 +103,7 @@ namespace impl {
 }  // namespace impl
 
 // Throw an ErrorException with that record, or with a new one of those parts; see ErrorInfo::create
-// for the parts.
+// for the parts, among them messages, which are literals.
 [[noreturn]] TARVCORE_API void throw_error(const ErrorInfo::Ptr& error);
 // This one, of literals, throws in the caller's frame: to unwind a frame costs as much as making
 // the record.

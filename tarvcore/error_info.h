@@ -36,15 +36,17 @@ TARVCORE_API const ErrorInfo* create_literal_record(const ErrorCode& code, const
 // The causes form a chain of any length: creating, comparing, hashing, tracing and destroying one
 // takes no stack in proportion.
 //
-//     auto error = ErrorInfo::create(error::tarvcore_uuid_parse, "Bad UUID \"{@text}\"",
-//                                    ErrorParams().add("text", text), TARVCORE_LOCATION("f()"));
-//     if (error->matches("error.tarvcore.uuid")) std::cerr << error;
+//     auto error = ErrorInfo::create(my::error::name, "Bad name \"{@name}\"",
+//                                    ErrorParams().add("name", name), TARVCORE_LOCATION("f()"));
+//     if (error->matches("error.my")) std::cerr << error;
 class TARVCORE_API ErrorInfo : public RefCounted<AtomicRefCount> {
 public:
     using Ptr = RefCountPtr<const ErrorInfo>;
 
     // New records.  All share this process's host name unless one is given.  Raise std::bad_alloc.
-    // The one of literals leaves a frame that raises nothing to destroy.
+    // A message that is a `const char*` is a literal, and kept as it is: any other text is to come
+    // as a SourceString or, better, as a parameter.  With literals only, the frame that raises has
+    // nothing to destroy.
     TARVCORE_INLINE static Ptr create(const ErrorCode& code, const char* message,
                                       const LiteralLocation& location, Ptr nested = {}) {
         return Ptr(impl::create_literal_record(code, message, location, nested.detach()), false);

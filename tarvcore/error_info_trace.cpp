@@ -83,7 +83,8 @@ void write_value(std::ostream& os, const LineWriter& line, std::string_view valu
         impl::utf8_prefix_length(value.data(), value.size(), parameter_value_limit);
     std::string_view rest = value.substr(0, shown);
     if (rest.find('\n') == std::string_view::npos) {
-        // The whole value, even beyond what counts as shown: readers search for it.
+        // The whole value, even beyond what counts as shown: readers search for it.  The count of
+        // what was omitted follows all the same; programs know it.
         write_quoted(os, value);
     } else {
         for (std::size_t end; (end = rest.find('\n')) != std::string_view::npos;

@@ -78,9 +78,15 @@ public:
                      unsigned value_length) &;
     ErrorParams& add(LiteralName name, const char* value) &;
     ErrorParams& add(LiteralName name, std::string value) &;
+    ErrorParams& add(LiteralName name, std::string_view value) & {
+        return add(name, std::string(value));
+    }
     ErrorParams& add(LiteralName name, const SourceString& value) &;
     template <std::integral Integer>
     ErrorParams& add(LiteralName name, Integer value) &;
+    // How many digits are wanted is for the caller to say: give the text.
+    template <std::floating_point Number>
+    ErrorParams& add(LiteralName name, Number value) & = delete;
     // Every pair of the other set; its values win.
     ErrorParams& add(const ErrorParams& other) &;
 
@@ -90,6 +96,9 @@ public:
         return std::move(add(name, name_length, value, value_length));
     }
     template <class Value>
+    requires requires(ErrorParams& params, LiteralName name, Value&& value) {
+        params.add(name, std::forward<Value>(value));
+    }
     ErrorParams&& add(LiteralName name, Value&& value) && {
         return std::move(add(name, std::forward<Value>(value)));
     }
@@ -102,12 +111,20 @@ public:
 
     // `end()` where there is none.
     const_iterator find(const char* name, unsigned length) const;
+    const_iterator find(std::string_view name) const { return find(name.data(), name.size()); }
     // The value; the empty string, which is always the same object, where there is none.
     const std::string& get_value(const char* name, unsigned length) const;
+    const std::string& get_value(std::string_view name) const {
+        return get_value(name.data(), name.size());
+    }
     // False, and nothing stored, when the name is absent.  `value` may be null.
     bool query_value(const char* name, unsigned length, std::string* value) const;
+    bool query_value(std::string_view name, std::string* value) const {
+        return query_value(name.data(), name.size(), value);
+    }
     // 0 or 1.
     unsigned count(const char* name, unsigned length) const;
+    unsigned count(std::string_view name) const { return count(name.data(), name.size()); }
 
     // -1, 0 or 1: pair by pair, each by name and then by value; then the smaller set first.
     int compare(const ErrorParams& other) const;

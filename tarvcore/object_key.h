@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <iosfwd>
+#include <string_view>
 #include <utility>
 
 #include "tarvcore/config.h"
@@ -67,7 +68,7 @@ private:
 // The key of something: unique, made on demand, or one that another family of keys has made.  The
 // default is the null key.
 //
-//     const ObjectKey session = ObjectKey::create_unique_with_label("session", 7);
+//     const ObjectKey session = ObjectKey::create_unique_with_label("session");
 //     if (session != other) log << session;
 class TARVCORE_API ObjectKey : public ObjectKeyBase<ObjectKeyToken> {
 public:
@@ -79,6 +80,9 @@ public:
     // the label.
     static ObjectKey create_unique();
     static ObjectKey create_unique_with_label(const char* label, unsigned length);
+    static ObjectKey create_unique_with_label(std::string_view label) {
+        return create_unique_with_label(label.data(), label.size());
+    }
 
     bool is_null() const { return key_value() == nullptr; }
 };

@@ -98,9 +98,9 @@ public:
     // Waits without limit, and throws the error if there is one: the very record that was
     // signalled. An empty result raises "error.tarvcore.result.notWaitable".
     //
-    // The value is answered by reference, which lives as long as any copy of the result; about a
-    // result that is about to end (`start().get()`), by value: a copy, or, of a type that can only
-    // be moved, the value itself, which other copies then find moved away.
+    // Answers a reference, which is good while any copy of the result lives.  On a temporary
+    // (`start().get()`) it answers a value: a copy or, of a type that can only be moved, the value
+    // itself; other copies then find it moved from.
     impl::ValueReference<T> get() const& {
         impl()->get();
         return static_cast<const Impl*>(impl())->value();

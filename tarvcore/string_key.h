@@ -47,11 +47,13 @@ public:
     // Without a length, up to the terminator.
     StringKey(const char* text);
     StringKey(const char* text, unsigned length) : ObjectKeyBase(token_from_string(text, length)) {}
+    StringKey(std::string_view text) : StringKey(text.data(), text.size()) {}
     StringKey(TransferSource<StringKey> source) noexcept : StringKey(std::move(source.source())) {}
 
     // As the constructors.
     static StringKey from_string(const char* text) { return StringKey(text); }
     static StringKey from_string(const char* text, unsigned length) { return {text, length}; }
+    static StringKey from_string(std::string_view text) { return text; }
 
     TransferSource<StringKey> transfer() { return TransferSource<StringKey>(*this); }
 

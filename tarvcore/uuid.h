@@ -9,6 +9,7 @@
 #include <functional>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "tarvcore/config.h"
@@ -95,8 +96,12 @@ public:
     // pointer they only tell whether the text is good.
     static Uuid from_string(const char* text);
     static Uuid from_string(const char* text, unsigned length);
+    static Uuid from_string(std::string_view text) { return from_string(text.data(), text.size()); }
     [[nodiscard]] static bool from_string_nothrow(const char* text, Uuid* uuid);
     [[nodiscard]] static bool from_string_nothrow(const char* text, unsigned length, Uuid* uuid);
+    [[nodiscard]] static bool from_string_nothrow(std::string_view text, Uuid* uuid) {
+        return from_string_nothrow(text.data(), text.size(), uuid);
+    }
 
     // Lower-case digits.
     std::string as_string(EFormat format = format_hyphenated) const;

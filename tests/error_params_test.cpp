@@ -66,6 +66,11 @@ TEST(ErrorParams, OwnsWhatItCopies) {
     // Parts of the set itself as arguments.
     params.add(params.begin()->name.text(), 2, params.begin()->value.data(), 3);
     EXPECT_EQ(params.get_value("na", 2), "val");
+    const std::string_view na = std::string_view("name").substr(0, 2);
+    EXPECT_EQ(&params.get_value(na), &params.find(na)->value);
+    EXPECT_EQ(params.count(na) + params.count("nam"), 1u);
+    EXPECT_TRUE(params.query_value(na, nullptr));
+    EXPECT_EQ(ErrorParams().add("v", na).get_value("v"), "na");
     EXPECT_EQ(params.size(), 2u);
     params.add(params);
     EXPECT_EQ(params.size(), 2u);

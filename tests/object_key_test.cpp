@@ -66,7 +66,7 @@ TEST(ObjectKey, UniqueOnesAreThemselves) {
 
     std::string label = "label\0of any bytes";
     const ObjectKey labeled = ObjectKey::create_unique_with_label(label.data(), 5);
-    const ObjectKey other = ObjectKey::create_unique_with_label(label.data(), 5);
+    const ObjectKey other = ObjectKey::create_unique_with_label(label.substr(0, 5));
     label.clear();
     EXPECT_NE(labeled, other);
     EXPECT_EQ(traced(labeled), "label");
@@ -91,6 +91,7 @@ TEST(StringKey, OneForEveryText) {
     {
         const StringKey first(text.c_str());
         const StringKey second = StringKey::from_string("abcd", 3);
+        EXPECT_EQ(StringKey::from_string(std::string_view("abcd", 3)), first);
         const StringKey longer("abcd");
         const StringKey with_nul("abc\0", 4);
         text = "xyz";

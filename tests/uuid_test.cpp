@@ -97,6 +97,11 @@ TEST(Uuid, TextGoesThereAndBackInItsBounds) {
         }
     }
     const Uuid uuid = Uuid::from_string("{7C9E6679-7425-40DE-944B-E07FC1F90AE7}");
+    const std::string_view part =
+        std::string_view("x7c9e6679742540de944be07fc1f90ae7x").substr(1, 32);
+    Uuid of_part;
+    EXPECT_TRUE(Uuid::from_string_nothrow(part, &of_part) && of_part == uuid);
+    EXPECT_EQ(Uuid::from_string(part), uuid);
     std::ostringstream os;
     os << uuid << ' ' << Uuid::Trace(uuid, Uuid::format_braced);
     EXPECT_EQ(os.str(),

@@ -85,7 +85,7 @@ void fail_an_assertion() {
     try {
         ASSERT(1 + 1 == 3);
     } catch (const ErrorException& e) {
-        std::cout << e.error()->code() << ": " << e.error()->params().get_value("expression", 10)
+        std::cout << e.error()->code() << ": " << e.error()->params().get_value("expression")
                   << '\n';
     }
 }

@@ -7,7 +7,7 @@
 
 #include "tarvcore/config.h"
 #include "tarvcore/error_exception.h"
-#include "tarvcore/impl/unicode_codec.h"
+#include "tarvcore/to_string.h"
 #include "tools/tarv/command_line.h"
 #include "tools/tarv/output.h"
 
@@ -24,22 +24,12 @@ using tarv::Status;
 using tarvcore::ErrorException;
 using tarvcore::ErrorInfo;
 
-// False: not Unicode.
-bool append_utf8(std::wstring_view text, std::string& utf8) {
-    for (unsigned i = 0; i < text.size();) {
-        const auto decoded = tarvcore::impl::decode_utf16(text.data() + i, text.size() - i);
-        char sequence[tarvcore::impl::max_utf8_sequence_length];
-        if (decoded.units == 0) return false;
-        utf8.append(sequence, tarvcore::impl::encode_utf8(decoded.code_point, sequence));
-        i += decoded.units;
-    }
-    return true;
-}
-
 Status run(int argc, wchar_t** argv, Output& output, Output& errors) {
     std::vector<std::string> words;
     for (int i = 1; i < argc; ++i) {
-        if (!append_utf8(argv[i], words.emplace_back())) {
+        try {
+            words.push_back(tarvcore::to_string(std::wstring(argv[i])));
+        } catch (const ErrorException&) {
             errors.write("tarv: argument " + std::to_string(i) + " is not valid Unicode text\n");
             return Status::usage;
         }

@@ -58,7 +58,7 @@ ErrorInfo::Ptr LineVerb::checked_convert(Fields fields, Result& result) {
         if (auto error = check_field_count(layout_, fields.size())) return error;
         return convert(fields, result);
     } catch (const std::exception& e) {
-        return ErrorInfo::from_exception(e, TARVCORE_LOCATION("tarv::LineVerb::run()"));
+        return ErrorInfo::from_exception(e, TARVCORE_LOCATION("tarv::LineVerb::checked_convert()"));
     }
 }
 
