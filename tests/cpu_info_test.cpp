@@ -464,7 +464,7 @@ TEST(CpuidRecording, TakesTheFirstProcessorOfAText) {
     const std::size_t subleaf = good.find("1f");
     for (std::size_t i = 0; i < good.size(); ++i) {
         std::string wrong = good;
-        wrong[i] = '*';
+        wrong.erase(i, 1);
         const unsigned count = i >= end && i - subleaf > 1;
         EXPECT_EQ(CpuidRecording().add_text(wrong), count) << wrong;
         EXPECT_EQ(CpuidRecording().add_text(good.substr(0, i)), count) << i;

@@ -48,7 +48,7 @@ TEST(AtomicStrongWeakRefCount, DoesNotReviveTheDead) {
 }
 
 TEST(AtomicStrongWeakRefCount, LosesNothingBetweenThreads) {
-    constexpr int each = 300'000;
+    constexpr int each = 2'000'000;
     AtomicStrongWeakRefCount count;
     tarv_test::run_threads(2, [&](unsigned) {
         for (int i = 0; i < each; ++i)
