@@ -95,7 +95,7 @@ TEST(Result, HandsItsValueOut) {
     EXPECT_FALSE(text.is_waitable());
     text = std::move(moved);
     EXPECT_FALSE(moved.is_waitable());
-    EXPECT_TRUE(text.has_value());
+    EXPECT_TRUE(text.has_value() && text.error_info().is_null());
 
     const Result<void> first(impl::create_value_result<void>());  // makes what all share
     tarv_test::AllocationWatch watch;

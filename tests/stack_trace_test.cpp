@@ -154,9 +154,9 @@ TEST_F(SymbolEngineTest, EndsWithItsLastUser) {
 }
 
 TEST_F(SymbolEngineTest, IsNotNeededForModules) {
+    const auto whole = help;
     help.initialize = fail_to_start;
     EXPECT_EQ(stack_trace_outer()[0].module, "diagnostics_test.exe");
-    const auto whole = help;
     for (const auto lacks : {+[] { help.options = nullptr; }, +[] { help.set_options = nullptr; },
                              +[] { help.initialize = nullptr; }, +[] { help.clean_up = nullptr; },
                              +[] { help.symbol_at = nullptr; }, +[] { help.line_at = nullptr; }}) {
