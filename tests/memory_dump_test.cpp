@@ -65,6 +65,11 @@ BOOL WINAPI fail_to_write(HANDLE, DWORD, HANDLE file, MINIDUMP_TYPE,
     return FALSE;
 }
 
+BOOL WINAPI write_nothing(HANDLE, DWORD, HANDLE, MINIDUMP_TYPE, PMINIDUMP_EXCEPTION_INFORMATION,
+                          PMINIDUMP_USER_STREAM_INFORMATION, PMINIDUMP_CALLBACK_INFORMATION) {
+    return TRUE;
+}
+
 class MemoryDumpFailures : public testing::Test {
 protected:
     MemoryDumpFailures() {
@@ -97,7 +102,16 @@ protected:
 };
 
 TEST_F(MemoryDumpFailures, LeaveNothing) {
-    expect_failure("a path that does not fit", 10);
+    help.write_dump = write_nothing;
+    char path[600];
+    unsigned size = sizeof path;
+    for (const char* room : {"ample", "what it takes"}) {
+        ASSERT_TRUE(create_diagnostic_memory_dump(diagnosticMemoryDumpSmall, "x", path, size))
+            << room;
+        EXPECT_TRUE(DeleteFileA(path) != 0);
+        size = std::strlen(path) + 1;
+    }
+    expect_failure("a path that does not fit", size - 1, "x");
     expect_failure("a name that does not fit", 600, std::string(400, 'x').c_str());
     {
         const impl::DebugHelpLock taken;
