@@ -110,9 +110,11 @@ TEST(StackTrace, NamesModulesOfAnyPath) {
 // What the symbol engine was told.
 std::atomic<int> started;
 std::atomic<int> ended;
+std::atomic<HANDLE> process;
 impl::DebugHelp help;
 
-BOOL WINAPI start_engine(HANDLE, PCWSTR, BOOL) {
+BOOL WINAPI start_engine(HANDLE handle, PCWSTR, BOOL) {
+    process = handle;
     return ++started, TRUE;
 }
 BOOL WINAPI fail_to_start(HANDLE, PCWSTR, BOOL) {
@@ -151,6 +153,8 @@ TEST_F(SymbolEngineTest, EndsWithItsLastUser) {
     });
     EXPECT_GE(started, 1);
     EXPECT_EQ(started, ended);
+    DWORD flags = 0;
+    EXPECT_FALSE(GetHandleInformation(process, &flags)) << "its handle of the process is open";
 }
 
 TEST_F(SymbolEngineTest, IsNotNeededForModules) {
