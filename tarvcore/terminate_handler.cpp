@@ -79,7 +79,8 @@ struct Fault {
 // Around what may call a hook.
 class HookCall {
 public:
-    HookCall() { since = GetTickCount() | 1; }
+    // Never 0, nor ahead of the clock: that would be a long time ago.
+    HookCall() { since = (GetTickCount() - 1) | 1; }
     ~HookCall() {
         since = 0;
         Entry::stay();
