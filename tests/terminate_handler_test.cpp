@@ -22,6 +22,8 @@ std::string report_of(const wchar_t* way, int argument = 0) {
     const auto outcome =
         tarv_test::run_program(L"terminate_handler_child.exe", {way, std::to_wstring(argument)});
     EXPECT_EQ(outcome.status, 3u) << way;
+    // Whoever wants to know hears of the end.
+    EXPECT_EQ(outcome.output, std::wstring_view(way) == L"terminate" ? "aborts" : "") << way;
     return outcome.errors;
 }
 

@@ -3,6 +3,7 @@
 
 #include "tarvcore/terminate_handler.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -59,7 +60,13 @@ int overflow(int depth) {
     if (way == "standard") throw std::runtime_error("it went wrong");
     if (way == "unknown") throw 42;
     if (way == "noexcept") []() noexcept { fail("unknown"); }();
-    if (way == "terminate") std::terminate();
+    if (way == "terminate") {
+        std::signal(SIGABRT, [](int) {
+            std::fputs("aborts", stdout);
+            std::fflush(stdout);
+        });
+        std::terminate();
+    }
     if (way == "read") std::exit(*nowhere);
     if (way == "write") *nowhere = 1;
     if (way == "call") std::abs(reinterpret_cast<int (*)()>(0x20)());
