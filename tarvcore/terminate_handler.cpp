@@ -90,9 +90,7 @@ public:
 
     static bool takes_too_long() {
         const DWORD begin = since;
-        // The begin may be a tick ahead.
-        const auto elapsed = static_cast<LONG>(GetTickCount() - begin);
-        return begin != 0 && elapsed >= static_cast<LONG>(impl::longest_hook_call);
+        return begin != 0 && GetTickCount() - begin >= impl::longest_hook_call;
     }
 
 private:
