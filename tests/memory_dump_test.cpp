@@ -70,6 +70,12 @@ BOOL WINAPI write_nothing(HANDLE, DWORD, HANDLE, MINIDUMP_TYPE, PMINIDUMP_EXCEPT
     return TRUE;
 }
 
+BOOL WINAPI come_to_grief(HANDLE, DWORD, HANDLE, MINIDUMP_TYPE, PMINIDUMP_EXCEPTION_INFORMATION,
+                          PMINIDUMP_USER_STREAM_INFORMATION, PMINIDUMP_CALLBACK_INFORMATION) {
+    RaiseException(EXCEPTION_ACCESS_VIOLATION, 0, 0, nullptr);
+    return TRUE;
+}
+
 class MemoryDumpFailures : public testing::Test {
 protected:
     MemoryDumpFailures() {
@@ -119,6 +125,8 @@ TEST_F(MemoryDumpFailures, LeaveNothing) {
     }
     help.write_dump = fail_to_write;
     expect_failure("a full disk");
+    help.write_dump = come_to_grief;
+    expect_failure("a fault in the library");
     help.write_dump = nullptr;
     expect_failure("no such function");
     help = {};
