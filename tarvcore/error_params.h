@@ -96,9 +96,6 @@ public:
         return std::move(add(name, name_length, value, value_length));
     }
     template <class Value>
-    requires requires(ErrorParams& params, LiteralName name, Value&& value) {
-        params.add(name, std::forward<Value>(value));
-    }
     ErrorParams&& add(LiteralName name, Value&& value) && {
         return std::move(add(name, std::forward<Value>(value)));
     }
