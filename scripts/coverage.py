@@ -4,14 +4,12 @@
 Prints a row for each file and one for each layer, and writes to BUILD/unreached.txt each line of code
 that was not reached, or of which a branch was not taken.
 
-What counts is the source: a branch of a template, or of a function that the compiler makes several
-copies of, is taken when it is taken in one of them.  The ways that exceptions take out of calls are no
+What counts is the source: a branch of a template is taken when one of its instantiations takes it.  The ways that exceptions take out of calls are no
 branches, nor is what the compiler makes of a line without a condition.
 """
 
 import concurrent.futures
 import json
-import math
 import os
 import pathlib
 import re
@@ -23,6 +21,7 @@ from check_layers import ROOT, read_layers
 
 GCOV = "i686-w64-mingw32-gcov-posix"
 CONDITION = re.compile(r"\b(if|for|while|switch|case)\b|default:|&&|\|\||\?")
+CONTINUED = re.compile(r"(&&|\|\||\?|\bif \(|:|\()\s*(//.*)?$")
 
 
 class Source:
@@ -39,18 +38,21 @@ class Source:
         # Threads count without waiting for each other: now and then less than nothing.
         self.lines[number] += abs(line["count"])
         counts = [abs(branch["count"]) for branch in line["branches"] if not branch["throw"]]
-        if len(counts) > 1 and CONDITION.search(self.code[number - 1]):
+        if len(counts) > 1 and self.has_condition(number):
             self.compiled[number].append(counts)
+
+    def has_condition(self, number: int) -> bool:
+        """Whether one stands on the line, or ends there."""
+        return bool(CONDITION.search(self.code[number - 1])
+                    or CONTINUED.search(self.code[number - 2]))  # fmt: skip
 
     def branches(self) -> Counter[tuple[int, int]]:
         """The counts of the branches, by line and place in it."""
         merged: Counter[tuple[int, int]] = Counter()
         for number, compiled in self.compiled.items():
-            # Copies within one object come as one row of branches.
-            size = math.gcd(*map(len, compiled))
             for counts in compiled:
                 for place, count in enumerate(counts):
-                    merged[number, place % size] += count
+                    merged[number, place] += count
         return merged
 
     def unreached(self) -> list[str]:

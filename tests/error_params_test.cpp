@@ -70,6 +70,7 @@ TEST(ErrorParams, OwnsWhatItCopies) {
     EXPECT_EQ(&params.get_value(na), &params.find(na)->value);
     EXPECT_EQ(params.count(na) + params.count("nam"), 1u);
     EXPECT_TRUE(params.query_value(na, nullptr));
+    EXPECT_EQ(params.count(std::string_view()), 0u);
     EXPECT_EQ(ErrorParams().add("v", na).get_value("v"), "na");
     EXPECT_EQ(params.size(), 2u);
     params.add(params);

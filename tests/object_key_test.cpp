@@ -92,6 +92,7 @@ TEST(StringKey, OneForEveryText) {
         const StringKey first(text.c_str());
         const StringKey second = StringKey::from_string("abcd", 3);
         EXPECT_EQ(StringKey::from_string(std::string_view("abcd", 3)), first);
+        EXPECT_EQ(StringKey(std::string_view()), StringKey());
         const StringKey longer("abcd");
         const StringKey with_nul("abc\0", 4);
         text = "xyz";

@@ -102,6 +102,7 @@ TEST(Uuid, TextGoesThereAndBackInItsBounds) {
     Uuid of_part;
     EXPECT_TRUE(Uuid::from_string_nothrow(part, &of_part) && of_part == uuid);
     EXPECT_EQ(Uuid::from_string(part), uuid);
+    EXPECT_FALSE(Uuid::from_string_nothrow(std::string_view(), &of_part));
     std::ostringstream os;
     os << uuid << ' ' << Uuid::Trace(uuid, Uuid::format_braced);
     EXPECT_EQ(os.str(),
