@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "ace/OS_NS_errno.h"
+#include "ace/OS_NS_sys_time.h"
 #include "tarvcore/impl/ace_timeout.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/thread_condition.cpp#1 $");
@@ -12,12 +13,16 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/thread_condition.cpp#1 $");
 namespace tarvcore {
 namespace {
 
-// Whole milliseconds until then, rounded up; not the value that means without limit.
+std::int64_t microseconds(const ACE_Time_Value& time) {
+    return std::int64_t{time.sec()} * 1'000'000 + time.usec();
+}
+
+// Whole milliseconds until then, rounded up; not the value that means without limit.  Not ACE's
+// difference, which wraps for the earliest deadlines.
 unsigned long milliseconds_until(const ACE_Time_Value& deadline) {
     constexpr std::int64_t longest = INFINITE - 1;
-    const ACE_Time_Value left = deadline.to_relative_time();
-    const std::int64_t milliseconds = std::int64_t{left.sec()} * 1000 + (left.usec() + 999) / 1000;
-    return static_cast<unsigned long>(std::clamp<std::int64_t>(milliseconds, 0, longest));
+    const std::int64_t left = microseconds(deadline) - microseconds(ACE_OS::gettimeofday());
+    return static_cast<unsigned long>(std::clamp<std::int64_t>((left + 999) / 1000, 0, longest));
 }
 
 }  // namespace
@@ -28,12 +33,11 @@ int ThreadCondition::wait() {
 
 int ThreadCondition::wait(const ACE_Time_Value* deadline) {
     if (deadline == nullptr) return wait();
-    // The system's milliseconds may end before those of the clock do.
-    for (;;) {
-        const unsigned long milliseconds = milliseconds_until(*deadline);
-        if (sleep(milliseconds) == 0) return 0;
-        if (errno != ETIME || milliseconds == 0) return -1;
-    }
+    const int result = sleep(milliseconds_until(*deadline));
+    // The system's milliseconds may end before those of the clock do: the caller looks, and comes
+    // again.  To sleep on here would miss what was signalled meanwhile.
+    if (result == -1 && errno == ETIME && milliseconds_until(*deadline) != 0) return 0;
+    return result;
 }
 
 int ThreadCondition::wait(const AbsoluteTime& deadline) {

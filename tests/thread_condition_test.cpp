@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <ctime>
+#include <limits>
 #include <thread>
 #include <vector>
 
@@ -47,18 +49,22 @@ TEST(ThreadCondition, EndsWaitsAtTheDeadline) {
     const Guard guard(mutex);
     const auto expect_timeout = [&](auto deadline) {
         errno = 0;
-        EXPECT_EQ(condition.wait(deadline), -1);
+        while (condition.wait(deadline) == 0) {
+        }
         EXPECT_EQ(errno, ETIME);
         EXPECT_FALSE(is_free(mutex)) << "held after the wait";
     };
     const AbsoluteTime start = AbsoluteTime::now();
     expect_timeout(start - RelativeTime::seconds(1));
     expect_timeout(AbsoluteTime());
+    expect_timeout(AbsoluteTime::min_time);
     expect_timeout(start + RelativeTime::milliseconds(30));
     EXPECT_GE(AbsoluteTime::now() - start, RelativeTime::milliseconds(29));
-    const ACE_Time_Value past(1);
-    expect_timeout(&past);
-    EXPECT_EQ(past, ACE_Time_Value(1));
+    for (const time_t seconds : {time_t{1}, std::numeric_limits<time_t>::min()}) {
+        const ACE_Time_Value past(seconds);
+        expect_timeout(&past);
+        EXPECT_EQ(past, ACE_Time_Value(seconds));
+    }
 }
 
 TEST(ThreadCondition, WaitsWithoutLimit) {
