@@ -54,8 +54,9 @@ void FutureImplBase::finish(ErrorInfo::Ptr error) {
 }
 
 TARVCORE_COLD void FutureImplBase::finish_observed(ErrorInfo::Ptr error) {
-    // An observer may drop the last handle.
+    // An observer may drop the last handle, and the handler.
     const RefCountPtr<FutureImplBase> self(this);
+    word_.decide();
     std::exception_ptr failure;
     for (const Observer& observer : observers_) {
         try {
@@ -78,7 +79,8 @@ bool FutureImplBase::add_observer(Observer observer) {
         if (find_observer(observer.get()) != observers_.data() + observers_.size()) return false;
         observers_.push_back(std::move(observer));
     } else {
-        tell(*observer, error_);
+        // It may drop the future.
+        tell(*observer, ErrorInfo::Ptr(error_));
     }
     return true;
 }

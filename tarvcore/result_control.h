@@ -23,6 +23,10 @@ namespace tarvcore {
 // chain of its thread until it ends, and its handler must not be signalled there before that.  Any
 // value that does not begin with 0, N, n, F or f turns this on, an empty one too.
 class TARVCORE_API ResultControlBase {
+protected:
+    // Before the other virtual functions: their order is part of the binary interface.
+    virtual ~ResultControlBase();
+
 public:
     // Whether nobody looks at the value: always so where there is none.
     virtual bool is_ignored() const = 0;
@@ -34,7 +38,6 @@ protected:
     // A control of its own.
     ResultControlBase(const ResultControlBase&) {}
     ResultControlBase& operator=(const ResultControlBase&) = delete;
-    virtual ~ResultControlBase();
 
 private:
     friend class AsyncResultBase;

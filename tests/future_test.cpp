@@ -11,6 +11,7 @@
 #include <chrono>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/allocations.h"
@@ -35,7 +36,10 @@ struct Observer : RefCounted<AtomicRefCount>, IFutureObserverBase {
         diary += "~" + name;
         if (watched) watched->remove_observer(this);  // the future is not locked any more
     }
-    void on_future_error(const ErrorInfo::Ptr& error) override { tell(error->message().text()); }
+    void on_future_error(const ErrorInfo::Ptr& error) override {
+        if (drops_first) std::exchange(dropped, nullptr)->clear();
+        tell(error->message().text());
+    }
     void on_future_success() override { tell("+"); }
     void tell(const std::string& outcome) {
         diary += name + outcome + (dropped && dropped->back().is_ready() ? "!" : "");
@@ -46,6 +50,7 @@ struct Observer : RefCounted<AtomicRefCount>, IFutureObserverBase {
     std::string& diary;
     std::string name;
     bool throws = false;
+    bool drops_first = false;
     std::vector<Future<void>>* dropped = nullptr;
     RefCountPtr<impl::FutureImplBase> watched;
 };
@@ -168,6 +173,13 @@ TEST(Future, IsNotHeldUpByItsObservers) {
     handles.back().add_observer(dropper);
     EXPECT_TRUE(handles.back().impl().get()->signal());
     EXPECT_EQ(second_diary, "o+");
+
+    // One that comes too late, and drops the last handle before it looks at the error.
+    handles.push_back(Future<void>::create());
+    handles.back().set(error_of("late"));
+    dropper->drops_first = true;
+    handles.back().add_observer(dropper);
+    EXPECT_EQ(second_diary, "o+olate");
 }
 
 TEST(Future, CostsOneAllocationAndNoHandle) {

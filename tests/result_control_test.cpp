@@ -208,6 +208,23 @@ TEST(AsyncHandlerAdapterControl, PassesAHandlerOn) {
     EXPECT_EQ(handler->get_result().get(), 7);
 }
 
+// Its owner is told of the end first.
+TEST(AsyncResult, MayBeDroppedWhileItsFutureIsCompleted) {
+    struct Owner final : IFutureObserverBase {
+        void on_future_error(const ErrorInfo::Ptr&) override { handler.clear(); }
+        void on_future_success() override { handler.clear(); }
+
+        RefCountPtr<AsyncResult<void>> handler;
+    } owner;
+    const auto control = result_future();
+    owner.handler = control.create_async_handler();
+    control.future().add_observer(&owner);
+    const Result<void> result = owner.handler->get_result();
+    result.cancel(false, {});
+    EXPECT_TRUE(owner.handler.is_null());
+    EXPECT_EQ(state_of(result), "result.cancelled");
+}
+
 TEST(DispatchedCompletion, ArrivesAsItWasSent) {
     const struct {
         impl::DispatchedCompletion<void> completion;

@@ -106,7 +106,7 @@ protected:
     AsyncResultFutureBase(const ResultControlBase& control, const Future<T>& future)
         : AsyncResult<T>(control), future_(future) {}
     ~AsyncResultFutureBase() override {
-        if (future_.is_ready()) return;
+        if (future_.impl()->is_decided()) return;
         try {
             future_.set(create_result_not_signaled_error());
         } catch (...) {

@@ -15,6 +15,8 @@ namespace tarvcore::impl {
 //        ^                |
 //        +-----unlock-----+
 //
+// A holder that will publish for certain, but has something to do before, may say so: `decide`.
+//
 // A thread that must wait, for the lock or for readiness, sets `parked` and sleeps at the word's
 // address; whoever releases the lock or publishes takes `parked` away and wakes all, who look
 // again.  There is no object of the system behind it, neither before nor after anybody has waited.
@@ -28,6 +30,11 @@ template <class Platform>
 class BasicCompletionWord {
 public:
     bool is_ready() const { return (word_.load(std::memory_order_acquire) & ready) != 0; }
+
+    // Whether it is ready, or will be by itself.
+    bool is_decided() const {
+        return (word_.load(std::memory_order_acquire) & (ready | decided)) != 0;
+    }
 
     // Waits for the lock and takes it; false, without the lock, once it is ready.
     [[nodiscard]] bool lock() {
@@ -46,6 +53,9 @@ public:
     void unlock() {
         if ((word_.fetch_and(~(locked | parked)) & parked) != 0) Platform::wake_all(&word_);
     }
+
+    // By the holder of the lock, who publishes then.
+    void decide() { word_.fetch_or(decided); }
 
     // Makes it ready, and ends the lock.  By the holder of the lock, or where nobody else locks.
     void publish() {
@@ -70,6 +80,7 @@ private:
     static constexpr unsigned locked = 1;
     static constexpr unsigned ready = 2;
     static constexpr unsigned parked = 4;
+    static constexpr unsigned decided = 8;  // and locked
 
     // Adds `parked` to the state; false, with `state` anew, where the word has changed meanwhile.
     bool park(unsigned& state) const {

@@ -19,7 +19,7 @@ namespace tarvcore {
 // Is told, once, that a future has completed: by the thread that completes it, before anybody sees
 // it ready, and while it is locked.  So an observer must not signal, wait for, or change the
 // observers of the future that it is called for; to ask for its state is allowed, and it is still
-// pending.  It may drop the future.
+// pending.  It may drop the future, and the handler that would have signalled it.
 //
 // What an observer throws does not hold the completion up: the others are told, the future
 // completes, and then the first exception goes to who has signalled.
@@ -45,6 +45,8 @@ public:
     using Observer = InterfacePtr<IFutureObserverBase, RefCountPtr<RefCounted<AtomicRefCount>>>;
 
     bool is_ready() const { return word_.is_ready(); }
+    // Whether it is ready, or being made so: its observers are told just now.
+    bool is_decided() const { return word_.is_decided(); }
     bool has_error() const { return is_ready() && !error_.is_null(); }
     bool has_value() const { return is_ready() && error_.is_null(); }
     // Null while it is pending, and after success.
