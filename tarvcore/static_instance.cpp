@@ -30,13 +30,17 @@ constexpr ObjectManagerCalls ace_calls = {
     },
 };
 
-// Where this module is unloaded and ACE stays, ACE must not call it any more.
+// Where this DLL is unloaded before ACE shuts down, ACE must not call it any more: this is the
+// shutdown then.
 struct AtUnload {
     StaticInstanceCleanup& cleanup;
 
     ~AtUnload() {
         if (process_is_ending() || ACE_Object_Manager::shutting_down()) return;
         ACE_Object_Manager::remove_at_exit(&cleanup);
+#if !defined(TARVCORE_STATIC)  // a program's end is no unload
+        cleanup.run();
+#endif
     }
 };
 
@@ -107,7 +111,8 @@ void StaticInstanceBase::throw_destroyed_error() {
 void StaticInstanceBase::wait_while_making(const std::atomic<std::uintptr_t>& state) {
     while (state == making) {
         if (process_is_ending()) throw_destroyed_error();
-        Sleep(0);
+        // Also to a thread of lower priority.
+        if (SwitchToThread() == 0) Sleep(1);
     }
 }
 

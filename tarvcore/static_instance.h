@@ -11,9 +11,10 @@
 namespace tarvcore {
 
 // Holds one T of the whole process: made by the first call of `get`, destroyed when ACE's object
-// manager shuts down, after everything that was made later.  Unlike a static object of C++ it lives
-// on while other modules' static objects are destroyed, and to use it after its end is an error
-// instead of a crash.  Where nobody stops ACE (see managed_fini), it is never destroyed.
+// manager shuts down or the library is unloaded, after everything that was made later.  Unlike a
+// static object of C++ it lives on while other modules' static objects are destroyed, and to use it
+// after its end is an error instead of a crash.  Where the process ends and nobody has stopped
+// ACE (see managed_fini), it is never destroyed.
 //
 // A holder is a global or static object; it is constant-initialised and has no destructor.  Several
 // threads may call `get` at once, also the first time: one makes the object, the others wait.  T's
@@ -47,20 +48,25 @@ private:
             wait_while_making(state_);
             state = none;
         }
+        std::unique_ptr<T> object;
         try {
-            auto object = std::make_unique<T>();
+            object = std::make_unique<T>();
             register_cleanup_aux(destroy, this);
-            state_ = reinterpret_cast<std::uintptr_t>(object.get());
-            return *object.release();
         } catch (...) {
             state_ = none;
             throw;
         }
+        // Its destruction may have come already.
+        std::uintptr_t state = making;
+        const auto address = reinterpret_cast<std::uintptr_t>(object.get());
+        if (!state_.compare_exchange_strong(state, address)) throw_destroyed_error();
+        return *object.release();
     }
 
     static void destroy(void* holder) {
         auto& state = static_cast<StaticInstance*>(holder)->state_;
-        delete reinterpret_cast<T*>(state.exchange(destroyed));
+        const std::uintptr_t old = state.exchange(destroyed);
+        if (old != making) delete reinterpret_cast<T*>(old);
     }
 
     std::atomic<std::uintptr_t> state_ = none;  // or the object's address

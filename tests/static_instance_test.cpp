@@ -125,7 +125,7 @@ TEST(StaticInstance, EndsWithAce) {
         {L"static", "main\n~third\n~second\n~first\n"},
         {L"busy", "main\n"},
 #if !defined(TARVCORE_STATIC)
-        {L"unload", "registered\nmain\n~third\n~second\n~first\n"},
+        {L"unload", "called\nregistered\nmain\n~third\n~second\n~first\n"},
 #endif
     };
     for (const auto& row : rows) {

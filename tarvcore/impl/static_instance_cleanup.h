@@ -16,8 +16,9 @@ struct ObjectManagerCalls {
     int (*at_exit)(void* object, void (*function)(void* object, void*));
 };
 
-// Functions to be called when ACE's object manager shuts down, the last registered one first.  One
-// for the process; never destroyed, since other modules' clean-up may come late.
+// Functions to be called when ACE's object manager shuts down or this library is unloaded, the last
+// registered one first.  One for the process; never destroyed, since other modules' clean-up may
+// come late.
 class TARVCORE_API StaticInstanceCleanup {
 public:
     // Registers with the object manager; where that fails, says so on standard error.
