@@ -98,7 +98,7 @@ CpuAffinityMask ScopedCpuAffinity::exchange_affinity(const ACE_Thread_ID& thread
     if (old != 0) return CpuAffinityMask(old);
     const unsigned long cause = calls.last_error();
     ErrorComposer("SetThreadAffinity({@threadId}, {@mask})")
-        .param("threadId", impl::stream_text(thread.handle()))
+        .param("threadId", thread.handle())
         .param("mask", impl::stream_text(mask))
         .throw_with_nested_winerror(error::tarvcore_hardware_threadAffinity, location, cause, true);
 }
@@ -117,7 +117,7 @@ unsigned ScopedIdealCpu::swap_ideal_cpu(const ACE_Thread_ID& thread, unsigned cp
     if (old != failed) return old;
     const unsigned long cause = calls.last_error();
     ErrorComposer("SetThreadIdealProcessor({@threadId}, {@newIdealCpu})")
-        .param("threadId", impl::stream_text(thread.handle()))
+        .param("threadId", thread.handle())
         .param("newIdealCpu", cpu)
         .throw_with_nested_winerror(error::tarvcore_hardware_threadAffinity,
                                     TARVCORE_LOCATION("tarvcore::ScopedIdealCpu::swap_ideal_cpu()"),

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tarvcore/impl/measured_length.h"
+#include "tarvcore/impl/stream_text.h"
 #include "tarvcore/impl/string_hash.h"
 #include "tarvcore/impl/unicode_codec.h"
 #include "tarvcore/streamers.h"
@@ -97,10 +98,6 @@ const char* find_opening_brace(const char* text, const char* end) {
     return std::find(text, end, '{');
 }
 
-int sign(int order) {
-    return (order > 0) - (order < 0);
-}
-
 }  // namespace
 
 ErrorParams& ErrorParams::add(const char* name, unsigned name_length, const char* value,
@@ -123,6 +120,10 @@ ErrorParams& ErrorParams::add(LiteralName name, const SourceString& value) & {
     return add(name, value.as_string());
 }
 
+ErrorParams& ErrorParams::add_address(LiteralName name, const void* address) {
+    return add(name, impl::stream_text(address));
+}
+
 ErrorParams& ErrorParams::add(const ErrorParams& other) & {
     ErrorParams result(*this);
     for (const Pair& pair : other.pairs_) {
@@ -133,9 +134,12 @@ ErrorParams& ErrorParams::add(const ErrorParams& other) & {
 }
 
 ErrorParams::const_iterator ErrorParams::find(const char* name, unsigned length) const {
-    return std::find_if(pairs_.begin(), pairs_.end(), [&](const Pair& pair) {
+    const auto place = std::find_if(pairs_.begin(), pairs_.end(), [&](const Pair& pair) {
         return pair.name.size() == length && equal_names(name, pair.name.text(), length);
     });
+    // Raises for a length that no name has.
+    if (place == pairs_.end()) static_cast<void>(SourceString(name, length, true));
+    return place;
 }
 
 const std::string& ErrorParams::get_value(const char* name, unsigned length) const {
@@ -160,7 +164,7 @@ int ErrorParams::compare(const ErrorParams& other) const {
     for (std::size_t i = 0; i < common; ++i) {
         int order = pairs_[i].name.compare(other.pairs_[i].name);
         if (order == 0) order = pairs_[i].value.compare(other.pairs_[i].value);
-        if (order != 0) return sign(order);
+        if (order != 0) return order < 0 ? -1 : 1;
     }
     return pairs_.size() < other.pairs_.size() ? -1 : pairs_.size() > other.pairs_.size();
 }

@@ -17,6 +17,12 @@
 #include "tarvcore/transfer.h"
 
 namespace tarvcore {
+namespace impl {
+
+template <class Pointer>
+concept Address = std::same_as<Pointer, const void*> || std::same_as<Pointer, void*>;
+
+}  // namespace impl
 
 // The name of a parameter written as a literal: measured by the compiler and never copied.
 // Anything but a literal (or another static array) does not compile.
@@ -84,6 +90,12 @@ public:
     ErrorParams& add(LiteralName name, const SourceString& value) &;
     template <std::integral Integer>
     ErrorParams& add(LiteralName name, Integer value) &;
+    // An address or a handle, as "0x" and hexadecimal digits.  Other pointers are not taken for
+    // one.
+    template <impl::Address Pointer>
+    ErrorParams& add(LiteralName name, Pointer address) & {
+        return add_address(name, address);
+    }
     // How many digits are wanted is for the caller to say: give the text.
     template <std::floating_point Number>
     ErrorParams& add(LiteralName name, Number value) & = delete;
@@ -160,6 +172,8 @@ private:
     std::string& insert_ref(const char* name, unsigned length);
     std::string& insert_ref(LiteralName name);
     std::string& insert_ref(const char* name, unsigned length, bool is_reference);
+
+    ErrorParams& add_address(LiteralName name, const void* address);
 
     std::vector<Pair> pairs_;
 };

@@ -9,7 +9,6 @@
 #include "tarvcore/error_composer.h"
 #include "tarvcore/impl/measured_length.h"
 #include "tarvcore/impl/priority_calls.h"
-#include "tarvcore/impl/stream_text.h"
 #include "tarvcore/string_util.h"
 #include "tarvcore/to_string.h"
 
@@ -131,7 +130,7 @@ void ScopedThreadPriority::set_thread_priority(const ACE_Thread_ID& thread, long
     if (calls.set_thread_priority(thread.handle(), priority)) return;
     const unsigned long cause = calls.last_error();
     ErrorComposer("SetThreadPriority({@threadHandle}, {@priority}")
-        .param("threadId", impl::stream_text(thread.handle()))
+        .param("threadId", thread.handle())
         .param("priority", priority)
         .throw_with_nested_winerror(
             error::tarvcore_hardware_threadPriority,
@@ -145,7 +144,7 @@ long ScopedThreadPriority::get_thread_priority(const ACE_Thread_ID& thread) {
     if (priority != THREAD_PRIORITY_ERROR_RETURN) return priority;
     const unsigned long cause = calls.last_error();
     ErrorComposer("GetThreadPriority({@threadHandle})")
-        .param("threadHandle", impl::stream_text(thread.handle()))
+        .param("threadHandle", thread.handle())
         .throw_with_nested_winerror(
             error::tarvcore_hardware_threadPriority,
             TARVCORE_LOCATION("tarvcore::ScopedThreadPriority::get_thread_priority()"), cause,
@@ -184,7 +183,7 @@ void ScopedPriorityClass::set_process_priority_class(unsigned long priority_clas
     if (calls.set_process_priority_class(priority_class)) return;
     const unsigned long cause = calls.last_error();
     ErrorComposer("SetPriorityClass({@processId}, {@priority})")
-        .param("processId", impl::stream_text(GetCurrentProcess()))
+        .param("processId", GetCurrentProcess())
         .param("priority", priority_class)
         .throw_with_nested_winerror(
             error::tarvcore_hardware_priorityClass,
@@ -198,7 +197,7 @@ unsigned long ScopedPriorityClass::get_process_priority_class() {
     if (priority_class != 0) return priority_class;
     const unsigned long cause = calls.last_error();
     ErrorComposer("GetPriorityClass({@processId})")
-        .param("processId", impl::stream_text(GetCurrentProcess()))
+        .param("processId", GetCurrentProcess())
         .throw_with_nested_winerror(
             error::tarvcore_hardware_priorityClass,
             TARVCORE_LOCATION("tarvcore::ScopedPriorityClass::get_process_priority_class()"), cause,

@@ -5,30 +5,22 @@
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_exception.h"
 #include "tarvcore/error_params.h"
-#include "tarvcore/impl/stream_text.h"
 #include "tarvcore/inner_operation.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/single_use_task.cpp#1 $");
 
 namespace tarvcore {
 namespace impl {
-namespace {
-
-ErrorParams address_of(const void* task) {
-    return ErrorParams().add("address", stream_text(task));
-}
-
-}  // namespace
-
 void throw_redundant_task_execution_error(const void* task, const SourceLocation& where) {
     throw_error(error::tarvcore_task_redundantExecution,
-                "The single-use task at {@address} has been executed previously.", address_of(task),
-                where);
+                "The single-use task at {@address} has been executed previously.",
+                ErrorParams().add("address", task), where);
 }
 
 ErrorInfo::Ptr task_not_executed_error(const void* task, const SourceLocation& where) {
     return ErrorInfo::create(error::tarvcore_task_notExecuted,
-                             "The task at {@address} was never executed.", address_of(task), where);
+                             "The task at {@address} was never executed.",
+                             ErrorParams().add("address", task), where);
 }
 
 }  // namespace impl

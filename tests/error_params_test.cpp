@@ -80,6 +80,7 @@ TEST(ErrorParams, OwnsWhatItCopies) {
     EXPECT_TRUE(params.empty());
     EXPECT_EQ(taken.size(), 2u);
     EXPECT_THROW(params.add(name, 0x80000000, value, 1), std::runtime_error);
+    EXPECT_THROW(params.count(name, 0x80000000), std::runtime_error);
 }
 
 TEST(ErrorParams, ExpandsTemplates) {
