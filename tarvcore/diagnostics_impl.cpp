@@ -2,7 +2,6 @@
 
 #include "tarvcore/error_info.h"
 #include "tarvcore/impl/dump_credits.h"
-#include "tarvcore/impl/dump_path.h"
 #include "tarvcore/impl/stream_text.h"
 #include "tarvcore/impl/trace_line.h"
 #include "tarvcore/memory_dump.h"
@@ -20,7 +19,7 @@ namespace {
 
 void report(const SourceLocation& where) {
     const bool has_credit = impl::dump_credits.take(impl::diagnostic_trace_period);
-    char path[impl::DumpPath::capacity * 3];  // no unit takes more bytes
+    char path[512];  // longer ones get no dump
     const bool has_dump = has_credit && create_diagnostic_memory_dump(diagnosticMemoryDumpFull,
                                                                       nullptr, path, sizeof path);
     const ErrorInfo::Ptr error = ErrorInfo::from_anonymous_exception(where);

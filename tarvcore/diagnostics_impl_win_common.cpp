@@ -1,9 +1,7 @@
 #include "tarvcore/diagnostics_impl_win_common.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <iterator>
@@ -20,8 +18,10 @@
 #include "tarvcore/error_code_constants.h"
 #include "tarvcore/error_exception.h"
 #include "tarvcore/impl/dump_writer.h"
+#include "tarvcore/impl/process_end.h"
 #include "tarvcore/impl/stack_walk.h"
 #include "tarvcore/impl/trace_line.h"
+#include "tarvcore/impl/unicode_codec.h"
 #include "tarvcore/impl/unicode_kernels.h"
 #include "tarvcore/impl/user_interface.h"
 #include "tarvcore/streamers.h"
@@ -113,18 +113,17 @@ struct Report {
 };
 
 std::string dialog_text(const Report& report, const std::string& stack_trace) {
-    constexpr std::size_t longest_path = 100;
-    constexpr unsigned most_frames = 24;  // a box higher than the screen has no buttons
+    constexpr unsigned longest_path = 100;  // characters
+    constexpr unsigned most_frames = 24;    // a box higher than the screen has no buttons
 
     const Failure& failure = report.failure;
     std::ostringstream text;
     text.imbue(std::locale::classic());
     text << "Debug Assertion Failed!\n\nProgram: ";
-    if (report.program.size() > longest_path) {
-        text << "..." << report.program.substr(report.program.size() - longest_path);
-    } else {
-        text << report.program;
-    }
+    std::size_t begin = report.program.size();
+    for (unsigned shown = 0; begin != 0 && shown < longest_path;)
+        shown += !impl::is_utf8_continuation(report.program[--begin]);
+    text << (begin == 0 ? "" : "...") << report.program.substr(begin);
     text << "\nTimeUTC: " << report.time << "\nProcessId: " << report.process
          << "\nFile: " << failure.file << "\nLine: " << failure.line;
     if (failure.function != nullptr) text << "\nFunction: " << failure.function;
@@ -267,8 +266,7 @@ bool report_failed_assert_aux(const Failure& failure, CONTEXT& context) {
             return false;
         case IDABORT:
             if (answer.has_modifier) dump(context);
-            std::raise(SIGABRT);
-            _exit(3);
+            impl::abort_process();
         case IDIGNORE:
             if (answer.has_modifier) IgnoredSites::instance().add(failure);
             break;

@@ -1,9 +1,7 @@
 #include "tarvcore/terminate_handler.h"
 
 #include <atomic>
-#include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <string_view>
 
 #include "tarvcore/diagnostic_trace.h"
@@ -11,6 +9,7 @@
 #include "tarvcore/impl/dump_writer.h"
 #include "tarvcore/impl/fault_frame.h"
 #include "tarvcore/impl/fault_record.h"
+#include "tarvcore/impl/process_end.h"
 #include "tarvcore/impl/stack_walk.h"
 #include "tarvcore/impl/stream_text.h"
 #include "tarvcore/impl/trace_line.h"
@@ -22,11 +21,6 @@ namespace tarvcore {
 namespace {
 
 constexpr char abort_line[] = "!!!!! Aborting process NOW !!!!!";
-
-[[noreturn]] void end_process() {
-    std::raise(SIGABRT);
-    _exit(3);
-}
 
 // No memory, no hooks, no library.
 void write_plainly(std::string_view text) {
@@ -150,7 +144,7 @@ void write_dump(const Fault& fault, const SourceLocation& where) {
     write_record(fault, where);
     write_dump(fault, where);
     if (!attempt([&] { write_line(where, abort_line, {}); })) write_plainly(abort_line);
-    end_process();
+    impl::abort_process();
 }
 
 // A hook may never come back, for want of a lock that the thread in trouble holds, say.  Then this
@@ -195,7 +189,7 @@ long __stdcall on_fault(EXCEPTION_POINTERS* exception) {
     Entry::hand_over(id);
     ResumeThread(thread);
     WaitForSingleObject(thread, INFINITE);
-    end_process();
+    impl::abort_process();
 }
 
 [[noreturn]] void on_terminate() {

@@ -8,7 +8,6 @@
 
 #include <atomic>
 #include <bit>
-#include <cstdio>
 #include <cwchar>
 #include <string>
 #include <string_view>
@@ -17,6 +16,7 @@
 #include "tarvcore/impl/debug_help.h"
 #include "tarvcore/impl/dump_path.h"
 #include "tarvcore/impl/user_interface.h"
+#include "tarvcore/ucsutil.h"
 #include "tests/support/allocations.h"
 #include "tests/support/child_process.h"
 #include "tests/support/pattern.h"
@@ -49,7 +49,7 @@ const impl::UserInterfaceCalls* const system_calls = impl::user_interface_calls;
 int WINAPI show_box(HWND parent, const wchar_t* text, const wchar_t* title, UINT flags) {
     ++boxes;
     box_flags = flags;
-    std::snprintf(box_text, sizeof box_text, "%ls", text);
+    wstr_to_utf8(text, static_cast<unsigned>(-1), box_text, sizeof box_text, '?', nullptr);
     const auto real = reinterpret_cast<decltype(&MessageBoxW)>(system_calls->find("MessageBoxW"));
     return pressed_button != 0 ? pressed_button : real(parent, text, title, flags);
 }
@@ -142,6 +142,19 @@ TEST_F(FailedAssertion, ShowsTheEndOfALongPath) {
         EXPECT_TRUE(report(6));
         EXPECT_TRUE(agrees(box_text,
                            "Debug Assertion Failed!\n\nProgram: " + row.shown + "\nTimeUTC: …\n…"));
+    }
+    paths->program = [](wchar_t* buffer, unsigned long) -> unsigned long {
+        std::wmemset(buffer, L'\u00E9', length);
+        return length;
+    };
+    for (const auto& [characters, dots] : {std::pair(100u, ""), {101u, "..."}}) {
+        length = characters;
+        EXPECT_TRUE(report(6));
+        std::string shown;
+        for (int i = 0; i < 100; ++i)
+            shown += "\xC3\xA9";
+        EXPECT_TRUE(agrees(
+            box_text, "Debug Assertion Failed!\n\nProgram: " + (dots + shown) + "\nTimeUTC: …\n…"));
     }
     paths->program = [](wchar_t* buffer, unsigned long) -> unsigned long {
         std::wmemcpy(buffer, L"a\0b", 4);

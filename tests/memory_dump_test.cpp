@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cstddef>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -86,7 +88,15 @@ protected:
             return 11;
         };
         paths_->trace_root = [](wchar_t*, unsigned long) -> unsigned long { return 0; };
+        std::filesystem::remove_all(folder_);  // of a run that has failed
+        std::filesystem::create_directory(folder_);
+        paths_->temporary_folder = [](unsigned long size, wchar_t* buffer) -> unsigned long {
+            const std::size_t length = folder_.native().copy(buffer, size - 1);
+            buffer[length] = L'\0';
+            return length;
+        };
     }
+    ~MemoryDumpFailures() override { std::filesystem::remove_all(folder_); }
 
     // Whether a dump fails, and leaves nothing.
     static void expect_failure(const char* reason, unsigned path_size = 600,
@@ -96,13 +106,11 @@ protected:
             create_diagnostic_memory_dump(diagnosticMemoryDumpSmall, name, path, path_size))
             << reason;
         EXPECT_STREQ(path, "untouched") << reason;
-        wchar_t pattern[MAX_PATH];
-        GetTempPathW(MAX_PATH, pattern);
-        std::wcscat(pattern, L"failing_*");
-        WIN32_FIND_DATAW found;
-        EXPECT_EQ(FindFirstFileW(pattern, &found), INVALID_HANDLE_VALUE) << reason;
+        EXPECT_TRUE(std::filesystem::is_empty(folder_)) << reason;
     }
 
+    static inline const std::filesystem::path folder_ =
+        std::filesystem::temp_directory_path() / L"tarvcore_memory_dump_test";
     tarv_test::ScopedCalls<impl::DebugHelpCalls> calls_{impl::debug_help_calls};
     tarv_test::ScopedCalls<impl::DumpPathCalls> paths_{impl::dump_path_calls};
 };

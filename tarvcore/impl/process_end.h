@@ -1,7 +1,9 @@
-// Whether this process is at its end.
+// The end of this process.
 #pragma once
 
 #include <bit>
+#include <csignal>
+#include <cstdlib>
 
 #include <windows.h>
 
@@ -15,6 +17,13 @@ inline bool process_is_ending() {
     const auto function = std::bit_cast<Function>(
         GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlDllShutdownInProgress"));
     return function != nullptr && function() != 0;
+}
+
+// Ends the process as an abort does, though without the runtime's box and even where a handler of
+// the signal returns.
+[[noreturn]] inline void abort_process() {
+    std::raise(SIGABRT);
+    _exit(3);
 }
 
 }  // namespace tarvcore::impl
