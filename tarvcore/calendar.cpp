@@ -101,11 +101,11 @@ AbsoluteTime::Components::Components(double jd, bool round_to_second) {
         if (nanosecond_ >= ns_per_second / 2) ++second;
         nanosecond_ = 0;
     }
+    set_date(checked_date(day));
     if (second == impl::seconds_per_day) {
         second = 0;
-        ++day;
+        set_date(checked_date(day + 1));
     }
-    set_date(checked_date(day));
     set_time(impl::split_second_of_day(second));
 }
 

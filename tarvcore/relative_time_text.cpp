@@ -16,7 +16,7 @@ constexpr std::uint32_t ns_per_ms = 1'000'000;
 
 constexpr unsigned max_length = sizeof "-106751d 23h 47m 16.854775808s" - 1;
 
-// Up to four digits, no zeros before them.
+// No zeros before it.
 char* write_number(char* out, std::uint32_t number) {
     if (number >= 100) {
         out = write_number(out, number / 100);

@@ -5,6 +5,7 @@
 #include <ostream>
 #include <string>
 
+#include "tarvcore/impl/measured_length.h"
 #include "tarvcore/impl/unicode_codec.h"
 #include "tarvcore/impl/unicode_kernels.h"
 
@@ -69,6 +70,7 @@ void String::write_string(std::ostream& os, const char* text, unsigned length, u
 
 void WString::write_string(std::ostream& os, const wchar_t* text, unsigned length, unsigned limit,
                            char quote) {
+    length = impl::measured_length(text, length);
     const std::string utf8 = impl::utf16_to_utf8_replacing(text, length, '?', limit);
     String::write_string(os, utf8.data(), utf8.size(), limit, quote);
 }

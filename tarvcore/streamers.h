@@ -108,7 +108,7 @@ public:
     // The limit where none is given.
     static constexpr unsigned maxlenDefault = 256;
 
-    // Without a length, up to the terminator.
+    // Without a length, and with 0xFFFFFFFF, up to the terminator.
     explicit WString(const wchar_t* text) : WString(text, std::wcslen(text)) {}
     WString(const wchar_t* text, unsigned length) : WString(text, length, maxlenDefault, '"') {}
     WString(const wchar_t* text, unsigned length, unsigned limit, char quote)

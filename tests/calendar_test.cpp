@@ -193,6 +193,7 @@ TEST(JulianDates, OutOfRange) {
         {-infinity, "negativeToUnsigned", "'srcValue' => \"-9223372036854775808\""},
         {0, "valueTooBig.signReversal", "'srcValue' => \"4294962583\""},
         {1721059, "valueTooBig.signReversal", "'srcValue' => \"4294967295\""},
+        {1721059.4999999, "valueTooBig.signReversal", "'srcValue' => \"4294967295\""},
         {13689326, "valueTooBig", "'srcValue' => \"32768\""},
         {4294967295.0, "valueTooBig.signReversal", "'srcValue' => \"4294962583\""},
         {4294967296.0, "valueTooBig", "'jd' => \"4294967296\""},

@@ -76,6 +76,7 @@ TEST(WString, ShowsWhatIsNoCharacterAsQuestionMark) {
     EXPECT_EQ(text_of(WString(L"\xD83D\xDE00")), "\"\xF0\x9F\x98\x80\"");
     EXPECT_EQ(text_of(WString(L"\xDE00 \xFEFF\xFFFF")), "\"? ??\"");
     EXPECT_EQ(text_of(WString(L"\xD83D")), "\"?\"");
+    EXPECT_EQ(text_of(WString(L"ab\0c", 0xFFFFFFFF)), "\"ab\"");
     EXPECT_EQ(text_of(WString(L"\xD83Dxy")), "\"?y\"") << "the unit after goes with it";
     EXPECT_EQ(text_of(WString(std::wstring(300, L'\xDC00').c_str(), 300, 5, '"')), "\"?????...\"");
     EXPECT_EQ(text_of(WString(L"\u00E9\u00E9\u00E9", 3, 5, '"')), "\"\xC3\xA9\xC3\xA9...\"");

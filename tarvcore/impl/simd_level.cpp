@@ -1,6 +1,7 @@
 #include "tarvcore/impl/simd_level.h"
 
 #include <algorithm>
+#include <iterator>
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/simd_level.cpp#1 $");
 
@@ -11,13 +12,13 @@ constexpr int not_looked_up = -1;
 
 constinit int chosen_level = not_looked_up;
 
-// The compiler's test includes whether the operating system keeps the wide registers.
+// The highest level up to which the machine has all.  The compiler's test includes whether the
+// operating system keeps the wide registers.
 SimdLevel machine_level() {
     __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx2")) return SimdLevel::avx2;
-    if (__builtin_cpu_supports("sse4.1")) return SimdLevel::sse41;
-    if (__builtin_cpu_supports("ssse3")) return SimdLevel::ssse3;
-    return SimdLevel::sse2;
+    const bool has[] = {__builtin_cpu_supports("ssse3") != 0, __builtin_cpu_supports("sse4.1") != 0,
+                        __builtin_cpu_supports("avx2") != 0};
+    return static_cast<SimdLevel>(std::find(std::begin(has), std::end(has), false) - has);
 }
 
 }  // namespace
