@@ -4,8 +4,9 @@
 Prints a row for each file and one for each layer, and writes to BUILD/unreached.txt each line of code
 that was not reached, or of which a branch was not taken.
 
-What counts is the source: a branch of a template is taken when one of its instantiations takes it.  The ways that exceptions take out of calls are no
-branches, nor is what the compiler makes of a line without a condition.
+What counts is the source: a branch of a template is taken when one of its instantiations takes it.
+The ways that exceptions take out of calls are no branches, nor is what the compiler makes of a line
+without a condition; and a brace is no line.
 """
 
 import concurrent.futures
@@ -35,6 +36,8 @@ class Source:
 
     def add(self, line: dict) -> None:
         number = line["line_number"]
+        if self.code[number - 1].strip() in ("}", "};"):
+            return
         # Threads count without waiting for each other: now and then less than nothing.
         self.lines[number] += abs(line["count"])
         counts = [abs(branch["count"]) for branch in line["branches"] if not branch["throw"]]

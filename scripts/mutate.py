@@ -60,7 +60,8 @@ def faults(code: str) -> list[tuple[int, int, str]]:
 
     def is_code(place: int) -> bool:
         line = plain[plain.rfind("\n", 0, place) + 1 :].split("\n", 1)[0]
-        return not re.match(r"\s*(#|static_assert|TARVCORE_|template|using|operator)", line)
+        declared = re.search(r"= (default|delete);", line)
+        return not (declared or re.match(r"\s*(#|static_assert|TARVCORE_|template|using|operator)", line))
 
     return sorted(fault for fault in found if is_code(fault[0]))
 

@@ -16,6 +16,8 @@
 #include <string>
 #include <utility>
 
+#include "tarvcore/impl/simd_level.h"
+
 namespace {
 
 using namespace tarvcore::hardware;
@@ -435,6 +437,18 @@ TEST(CpuInfo, ReadsThisProcessor) {
     for (const CpuOptionFlag& row : cpu_option_flags()) {
         const auto flag = static_cast<EOptionFlag>(&row - cpu_option_flags().data());
         EXPECT_EQ(CpuInfo::get_option_flag(flag), info.has_option(flag)) << row.name;
+    }
+}
+
+// Tests that go through the levels leave out those that are not found.
+TEST(SimdLevel, IsWhatThisProcessorHas) {
+    using tarvcore::impl::simd_level;
+    using tarvcore::impl::SimdLevel;
+    const CpuInfo info;
+    EXPECT_EQ(simd_level() >= SimdLevel::ssse3, info.ssse3());
+    EXPECT_EQ(simd_level() >= SimdLevel::sse41, info.ssse3() && info.sse4_1());
+    if (info.vendor() == ECpuVendor::intel) {
+        EXPECT_EQ(simd_level() == SimdLevel::avx2, info.avx2() && info.osxsave_supported());
     }
 }
 

@@ -310,9 +310,21 @@ TEST_F(TarvDemo, ShowsACrashAndItsDump) {
     EXPECT_STREQ(signature, "MDMP") << path;
 }
 
+TEST(Tarv, ReportsAnInputThatCannotBeRead) {
+    const std::vector<std::wstring> commands[] = {{L"error", L"expand", L"-"},
+                                                  {L"encode", L"hex", L"--file", L"-"}};
+    for (const auto& command : commands) {
+        const Outcome outcome = run_program(L"tarv.exe", command, {.has_input = false});
+        EXPECT_TRUE(outcome.errors.starts_with("tarv: Cannot read standard input: "))
+            << outcome.errors;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.status, 1u);
+    }
+}
+
 TEST(Tarv, ReportsAnOutputThatNobodyReads) {
     const Outcome outcome =
-        run_program(L"tarv.exe", {L"error", L"expand", L"x"}, {.input = {}, .reads_output = false});
+        run_program(L"tarv.exe", {L"error", L"expand", L"x"}, {.reads_output = false});
     EXPECT_TRUE(outcome.errors.starts_with("tarv: Cannot write the output: ")) << outcome.errors;
     EXPECT_EQ(outcome.status, 1u);
 }

@@ -84,7 +84,7 @@ Outcome run_program(const std::wstring& name, const std::vector<std::wstring>& a
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = input.child.get();
+    startup.hStdInput = options.has_input ? input.child.get() : output.child.get();
     startup.hStdOutput = output.child.get();
     startup.hStdError = errors.child.get();
     if (!options.reads_output) output.ours.reset();

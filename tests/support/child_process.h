@@ -14,7 +14,8 @@ struct Outcome {
 };
 
 struct ChildOptions {
-    std::string input;
+    std::string input = {};
+    bool has_input = true;     // else standard input cannot be read
     bool reads_output = true;  // else the pipe at standard output has no reader from the start
 };
 

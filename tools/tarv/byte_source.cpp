@@ -37,16 +37,20 @@ ByteSource::~ByteSource() {
     if (!is_standard_input(path_)) CloseHandle(handle_);
 }
 
+unsigned ByteSource::read_some(std::span<char> buffer) {
+    DWORD count = 0;
+    if (!ReadFile(handle_, buffer.data(), buffer.size(), &count, nullptr)) {
+        const DWORD why = GetLastError();
+        // How the end of a pipe shows.
+        if (why != ERROR_BROKEN_PIPE) throw_input_error(path_, why);
+    }
+    return count;
+}
+
 unsigned ByteSource::read(std::span<char> buffer) {
     unsigned size = 0;
     while (size < buffer.size()) {
-        DWORD count = 0;
-        if (!ReadFile(handle_, buffer.data() + size, buffer.size() - size, &count, nullptr)) {
-            const DWORD why = GetLastError();
-            // How the end of a pipe shows.
-            if (why == ERROR_BROKEN_PIPE || why == ERROR_HANDLE_EOF) break;
-            throw_input_error(path_, why);
-        }
+        const unsigned count = read_some(buffer.subspan(size));
         if (count == 0) break;
         size += count;
     }

@@ -8,13 +8,16 @@ namespace tarv {
 
 class ByteSource {
 public:
-    // A path in UTF-8; "-" is standard input.  Raises "error.tarv.input", as `read` does.
+    // A path in UTF-8; "-" is standard input.  Raises "error.tarv.input", as reading does.
     explicit ByteSource(const std::string& path);
     ~ByteSource();
     ByteSource(const ByteSource&) = delete;
     ByteSource& operator=(const ByteSource&) = delete;
 
-    // Fills the buffer as far as there are bytes, and answers how many came; 0 at the end.
+    // Puts what there is into the buffer, waiting for it, and answers how many bytes that were; 0
+    // at the end.
+    unsigned read_some(std::span<char> buffer);
+    // The same until the buffer is full.
     unsigned read(std::span<char> buffer);
 
 private:

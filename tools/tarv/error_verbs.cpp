@@ -105,7 +105,7 @@ protected:
     ErrorInfo::Ptr convert(Fields fields, Result& result) override {
         const ErrorCode code(fields[0].data(), fields[0].size(), false);
         const bool matches = code.matches(fields[1].data(), fields[1].size());
-        result.text("matches", matches ? "yes" : "no");
+        result.truth("matches", matches);
         return {};
     }
 };

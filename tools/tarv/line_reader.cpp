@@ -1,17 +1,13 @@
 #include "tools/tarv/line_reader.h"
 
 #include <cstring>
-
-#include <windows.h>
+#include <span>
 
 #include "tarvcore/config.h"
-#include "tarvcore/error_exception.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tools/tarv/line_reader.cpp#1 $");
 
 namespace tarv {
-
-LineReader::LineReader() : handle_(GetStdHandle(STD_INPUT_HANDLE)), buffer_(1 << 18) {}
 
 bool LineReader::next(std::string_view& line) {
     // What has been looked through already: a long line costs no more per byte than a short one.
@@ -43,16 +39,7 @@ void LineReader::fill() {
     }
     if (end_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
 
-    DWORD count = 0;
-    if (!ReadFile(handle_, buffer_.data() + end_, buffer_.size() - end_, &count, nullptr)) {
-        const DWORD why = GetLastError();
-        // How the end of a pipe shows.
-        if (why != ERROR_BROKEN_PIPE && why != ERROR_HANDLE_EOF) {
-            tarvcore::throw_with_nested_winerror(
-                tarvcore::ErrorCode("error.tarv.input", true), "Cannot read standard input",
-                TARVCORE_LOCATION("tarv::LineReader::fill()"), why, true);
-        }
-    }
+    const unsigned count = source_.read_some(std::span(buffer_).subspan(end_));
     end_ += count;
     at_end_ = count == 0;
 }
