@@ -3,10 +3,13 @@
 # whatever its status is: GoogleTest takes the file away when they are through.
 set -uo pipefail
 export TEST_PREMATURE_EXIT_FILE="unfinished-test-$$"
-trap 'rm -f "$TEST_PREMATURE_EXIT_FILE"' EXIT
+# Not the caller's pipe: Wine's process for the desktop inherits it, and may stay for good.
+output=$(mktemp)
+trap 'rm -f "$TEST_PREMATURE_EXIT_FILE" "$output"' EXIT
 
-"$@"
+"$@" > "$output" 2>&1
 status=$?
+cat "$output"
 [[ -e $TEST_PREMATURE_EXIT_FILE ]] || exit "$status"
 echo "the program ended before its tests had"
 exit 1

@@ -23,7 +23,10 @@ bool can_write = true;
 
 int WINAPI answer_box(HWND, const wchar_t* text, const wchar_t*, UINT flags) {
     if (std::wstring(text).starts_with(L"Debug Assertion Failed!")) return answer;
+    const std::wstring announcement = L"Dump created and saved to: ";
+    const bool has_path = std::wstring(text).starts_with(announcement);
     std::printf("%.27ls, flags 0x%x\n", text, flags);  // without the path
+    if (has_path && !DeleteFileW(text + announcement.size())) std::puts("where?");
     return IDOK;
 }
 
