@@ -3,13 +3,14 @@
 # whatever its status is: GoogleTest takes the file away when they are through.
 set -uo pipefail
 export TEST_PREMATURE_EXIT_FILE="unfinished-test-$$"
-# Not the caller's pipe: Wine's process for the desktop inherits it, and may stay for good.
+# Not the caller's pipe: Wine's process for the desktop would inherit it, and may stay for good.
 output=$(mktemp)
 trap 'rm -f "$TEST_PREMATURE_EXIT_FILE" "$output"' EXIT
 
-"$@" > "$output" 2>&1
+"$@" > "$output" 2>&1 &
+tail --pid=$! --sleep-interval=0.1 --lines=+1 --follow "$output"
+wait $!
 status=$?
-cat "$output"
 [[ -e $TEST_PREMATURE_EXIT_FILE ]] || exit "$status"
 echo "the program ended before its tests had"
 exit 1
