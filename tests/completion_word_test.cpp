@@ -139,6 +139,10 @@ struct SteppedPlatform {
             unsigned& now = at_step();
             return std::exchange(now, now & mask);
         }
+        unsigned fetch_or(unsigned mask) {
+            unsigned& now = at_step();
+            return std::exchange(now, now | mask);
+        }
         unsigned exchange(unsigned value) { return std::exchange(at_step(), value); }
 
         static inline bool freed;
@@ -168,11 +172,13 @@ using SteppedWord = tarvcore::impl::BasicCompletionWord<SteppedPlatform>;
 // A letter a thread:
 //
 //     s  signals                     w  waits
+//     d  the same, decided before
 //     r  registers: locks, unlocks   t  waits and may time out
 //                                    f  waits, and then frees the word
 TEST(CompletionWord, KeepsItsPromisesInEveryOrder) {
-    // Who has nobody to signal sleeps for ever: each has an s.
-    std::vector<std::string> casts = {"s", "sr", "ss", "sf", "sw", "st", "sst", "swt"};
+    // Who has nobody to signal sleeps for ever: each has an s or a d.
+    std::vector<std::string> casts = {"s",   "sr",  "ss", "sf", "sw", "st",
+                                      "sst", "swt", "dr", "dw", "df", "ds"};
     if (tarv_test::is_long_run()) casts.insert(casts.end(), {"ssr", "swr", "srt", "stt"});
     for (const std::string& cast : casts) {
         std::optional<SteppedWord> word;
@@ -186,14 +192,18 @@ TEST(CompletionWord, KeepsItsPromisesInEveryOrder) {
         std::vector<std::function<void()>> bodies;
         for (const char role : cast) {
             bodies.push_back([&, role] {
-                if (role == 's' || role == 'r') {
+                if (role == 's' || role == 'd' || role == 'r') {
                     if (!word->lock()) {
                         EXPECT_EQ(completions, 1);
                         return;
                     }
                     hold();
-                    completions += role == 's';
-                    role == 's' ? word->publish() : word->unlock();
+                    if (role == 'd') {
+                        word->decide();
+                        EXPECT_TRUE(word->is_decided() && !word->is_ready());
+                    }
+                    completions += role != 'r';
+                    role == 'r' ? word->unlock() : word->publish();
                 } else {
                     const int result = word->wait(role == 't');
                     EXPECT_TRUE(result == 0 ? completions == 1 : role == 't');
