@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "tests/support/allocations.h"
+#include "tests/support/open_handles.h"
 #include "tests/support/raised.h"
 #include "tests/support/scoped_calls.h"
 //
@@ -183,12 +184,7 @@ TEST(Future, IsNotHeldUpByItsObservers) {
 }
 
 TEST(Future, CostsOneAllocationAndNoHandle) {
-    const auto handles = [] {
-        DWORD count = 0;
-        GetProcessHandleCount(GetCurrentProcess(), &count);
-        return count;
-    };
-    const DWORD before = handles();
+    const unsigned handles = tarv_test::open_handles();
     constexpr int count = 1'000'000;
     std::vector<Future<void>> futures;
     futures.reserve(count);
@@ -198,13 +194,13 @@ TEST(Future, CostsOneAllocationAndNoHandle) {
         EXPECT_FALSE(futures.back().wait(AbsoluteTime()));
     }
     EXPECT_EQ(watch.allocations(), count);
-    EXPECT_EQ(handles(), before);
+    EXPECT_EQ(tarv_test::open_handles(), handles);
     futures.clear();
     EXPECT_EQ(watch.live(), 0);
 
     const auto waited_for = Future<void>::create();
     EXPECT_FALSE(waited_for.wait(RelativeTime::milliseconds(1)));
-    EXPECT_EQ(handles(), before);
+    EXPECT_EQ(tarv_test::open_handles(), handles);
 }
 
 TEST(Future, WaitsNoLongerThanItShould) {
