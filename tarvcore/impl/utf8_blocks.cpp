@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "tarvcore/impl/ssse3_util.h"
 #include "tarvcore/impl/unicode_blocks.h"
@@ -45,8 +46,13 @@ TARVCORE_SSSE3_INLINE __m128i bytes(int value) {
     return _mm_set1_epi8(static_cast<char>(value));
 }
 
+// A bit for the top bit of each byte.
+TARVCORE_SSSE3_INLINE unsigned mask_bits(__m128i value) {
+    return static_cast<unsigned>(_mm_movemask_epi8(value));
+}
+
 TARVCORE_SSSE3_INLINE bool any(__m128i value) {
-    return _mm_movemask_epi8(_mm_cmpeq_epi8(value, _mm_setzero_si128())) != 0xFFFF;
+    return mask_bits(_mm_cmpeq_epi8(value, _mm_setzero_si128())) != 0xFFFF;
 }
 
 // Masks of the bytes that are at least `limit`, unsigned.
@@ -56,7 +62,7 @@ TARVCORE_SSSE3_INLINE __m128i at_least(__m128i value, int limit) {
 
 // Whether any byte is; the limit is above 0x80.
 TARVCORE_SSSE3_INLINE bool has_any(__m128i value, int limit) {
-    return _mm_movemask_epi8(_mm_subs_epu8(value, bytes(limit - 0x80))) != 0;
+    return mask_bits(_mm_subs_epu8(value, bytes(limit - 0x80))) != 0;
 }
 
 TARVCORE_SSSE3_INLINE __m128i is_continuation(__m128i value) {
@@ -94,13 +100,11 @@ struct Neighbours {
     __m128i before_1;
     __m128i before_2;
     __m128i before_3;
-    __m128i greatest;  // have each of them in one lane or another
 };
 
 TARVCORE_SSSE3_INLINE Neighbours neighbours(__m128i current, __m128i previous) {
-    const __m128i before_3 = _mm_alignr_epi8(current, previous, 13);
     return {current, _mm_alignr_epi8(current, previous, 15), _mm_alignr_epi8(current, previous, 14),
-            before_3, _mm_max_epu8(current, before_3)};
+            _mm_alignr_epi8(current, previous, 13)};
 }
 
 // Not zero where something is wrong, or might be.
@@ -120,19 +124,6 @@ TARVCORE_SSSE3_INLINE __m128i faults(const Neighbours& n) {
     const __m128i suspect = _mm_and_si128(_mm_cmpeq_epi8(n.before_2, bytes(0xEF)),
                                           _mm_cmpgt_epi8(n.current, bytes(0xBD)));
     return _mm_or_si128(_mm_xor_si128(pairs, required), suspect);
-}
-
-// Whether only ASCII and sequences of two bytes are among them.
-TARVCORE_SSSE3_INLINE bool are_short(const Neighbours& n) {
-    return !has_any(n.greatest, 0xE0);
-}
-
-// `faults` for these.  A lead byte is looked at together with what follows, as there: the block in
-// front may have gone either way.
-TARVCORE_SSSE3_INLINE __m128i short_faults(const Neighbours& n) {
-    const __m128i unmet = _mm_xor_si128(is_continuation(n.current), at_least(n.before_1, 0xC0));
-    const __m128i overlong = _mm_cmpeq_epi8(_mm_and_si128(n.before_1, bytes(0xFE)), bytes(0xC0));
-    return _mm_or_si128(unmet, overlong);
 }
 
 // Not zero where a block ends within a character.
@@ -159,20 +150,55 @@ TARVCORE_SSSE3_INLINE CodePoints code_points(const Neighbours& n) {
             _mm_or_si128(right<2>(second, 0x0F), left<4>(third, 0xF0))};
 }
 
-TARVCORE_SSSE3_INLINE CodePoints short_code_points(const Neighbours& n) {
-    const __m128i second = _mm_and_si128(n.before_1, is_continuation(n.current));
-    return {_mm_or_si128(_mm_and_si128(n.current, bytes(0x7F)), left<6>(second, 0xC0)),
-            right<2>(second, 0x07)};
+TARVCORE_SSSE3_INLINE bool has_long_sequence(const Neighbours& n) {
+    return has_any(_mm_max_epu8(n.current, n.before_3), 0xF0);
 }
 
-TARVCORE_SSSE3_INLINE bool has_long_sequence(const Neighbours& n) {
-    return has_any(n.greatest, 0xF0);
-}
+// A block that has only ASCII and characters of two bytes.
+class ShortBlock {
+public:
+    // `high` has a bit for each byte that is not ASCII.
+    TARVCORE_SSSE3_INLINE ShortBlock(__m128i current, unsigned high)
+        : current_(current),
+          follows_(is_continuation(current)),
+          continuations_(mask_bits(follows_)),
+          leads_(high ^ continuations_) {}
+
+    // `open_leads`: those of the block in front.
+    TARVCORE_SSSE3_INLINE bool has_fault(unsigned open_leads) const {
+        const __m128i overlong = _mm_cmpeq_epi8(_mm_and_si128(current_, bytes(0xFE)), bytes(0xC0));
+        return continuations_ != ((leads_ << 1 | open_leads) & 0xFFFF) || mask_bits(overlong) != 0;
+    }
+    // A bit for each lead byte.
+    TARVCORE_SSSE3_INLINE unsigned leads() const { return leads_; }
+    // 1 if the last byte is one.
+    TARVCORE_SSSE3_INLINE unsigned open_leads() const { return leads_ >> 15; }
+
+    // The code points that end at each byte, as words.
+    struct Words {
+        __m128i first;
+        __m128i last;
+    };
+    TARVCORE_SSSE3_INLINE Words code_points(__m128i previous) const {
+        const __m128i before = _mm_alignr_epi8(current_, previous, 15);
+        const __m128i lead = _mm_and_si128(_mm_and_si128(before, bytes(0x1F)), follows_);
+        const __m128i low = _mm_and_si128(current_, bytes(0x7F));
+        const __m128i weights = _mm_set1_epi16(0x40 << 8 | 1);
+        return {_mm_maddubs_epi16(_mm_unpacklo_epi8(low, lead), weights),
+                _mm_maddubs_epi16(_mm_unpackhi_epi8(low, lead), weights)};
+    }
+
+private:
+    __m128i current_;
+    __m128i follows_;
+    unsigned continuations_;
+    unsigned leads_;
+};
 
 // The destinations.  `dropped` masks the bytes with which no unit ends.  `put` writes the units of
 // a block with that mask into the room, of which there is enough for those that are wanted; if
 // there is more, it may write beyond them.  A sequence of four bytes makes its high surrogate with
-// the third byte.
+// the third byte.  `put_short` does the same for a short block.
 
 struct ToUtf16 {
     using Unit = Utf16Unit;
@@ -211,11 +237,9 @@ struct ToUtf16 {
     }
 
     template <bool is_ample>
-    TARVCORE_SSSE3_INLINE static void put_short(const Neighbours& n, unsigned drop,
+    TARVCORE_SSSE3_INLINE static void put_short(const ShortBlock::Words& code_points, unsigned drop,
                                                 Utf16Unit* destination, unsigned room) {
-        const auto [low, high] = short_code_points(n);
-        put_units<is_ample>(_mm_unpacklo_epi8(low, high), _mm_unpackhi_epi8(low, high), drop,
-                            destination, room);
+        put_units<is_ample>(code_points.first, code_points.last, drop, destination, room);
     }
 
     template <bool is_ample>
@@ -251,33 +275,34 @@ struct ToUcs4 {
     TARVCORE_SSSE3_INLINE static void put(const Neighbours& n, unsigned drop,
                                           std::uint32_t* destination, unsigned room) {
         const auto [low, high] = code_points(n);
+        const __m128i first = _mm_unpacklo_epi8(low, high);
+        const __m128i last = _mm_unpackhi_epi8(low, high);
         if (is_ample && !has_long_sequence(n)) {
-            put_narrow(low, high, drop, destination);
+            put_narrow(first, last, drop, destination);
             return;
         }
         const __m128i top =
             _mm_and_si128(at_least(n.before_3, 0xF0),
                           _mm_or_si128(right<4>(n.before_2, 0x03), left<2>(n.before_3, 0x1C)));
-        put_units<is_ample>(low, high, top, drop, destination, room);
+        put_units<is_ample>(first, last, top, drop, destination, room);
     }
 
     template <bool is_ample>
-    TARVCORE_SSSE3_INLINE static void put_short(const Neighbours& n, unsigned drop,
+    TARVCORE_SSSE3_INLINE static void put_short(const ShortBlock::Words& code_points, unsigned drop,
                                                 std::uint32_t* destination, unsigned room) {
-        const auto [low, high] = short_code_points(n);
         if (is_ample) {
-            put_narrow(low, high, drop, destination);
-            return;
+            put_narrow(code_points.first, code_points.last, drop, destination);
+        } else {
+            put_units<is_ample>(code_points.first, code_points.last, _mm_setzero_si128(), drop,
+                                destination, room);
         }
-        put_units<is_ample>(low, high, _mm_setzero_si128(), drop, destination, room);
     }
 
     // Below U+10000, with ample room: moved together as lanes of two bytes, and then made wide.
-    TARVCORE_SSSE3_INLINE static void put_narrow(__m128i low, __m128i high, unsigned drop,
+    TARVCORE_SSSE3_INLINE static void put_narrow(__m128i first, __m128i last, unsigned drop,
                                                  std::uint32_t* destination) {
-        put_wide(_mm_unpacklo_epi8(low, high), drop & 0xFF, destination);
-        put_wide(_mm_unpackhi_epi8(low, high), drop >> 8,
-                 destination + drop_of_8.kept[drop & 0xFF]);
+        put_wide(first, drop & 0xFF, destination);
+        put_wide(last, drop >> 8, destination + drop_of_8.kept[drop & 0xFF]);
     }
     TARVCORE_SSSE3_INLINE static void put_wide(__m128i units, unsigned drop,
                                                std::uint32_t* destination) {
@@ -288,13 +313,11 @@ struct ToUcs4 {
     }
 
     template <bool is_ample>
-    TARVCORE_SSSE3_INLINE static void put_units(__m128i low, __m128i high, __m128i top,
+    TARVCORE_SSSE3_INLINE static void put_units(__m128i first_low, __m128i last_low, __m128i top,
                                                 unsigned drop, std::uint32_t* destination,
                                                 unsigned room) {
         const __m128i zero = _mm_setzero_si128();
-        const __m128i first_low = _mm_unpacklo_epi8(low, high);
         const __m128i first_high = _mm_unpacklo_epi8(top, zero);
-        const __m128i last_low = _mm_unpackhi_epi8(low, high);
         const __m128i last_high = _mm_unpackhi_epi8(top, zero);
         unsigned count = store_kept<is_ample>(_mm_unpacklo_epi16(first_low, first_high), drop_of_4,
                                               drop & 0xF, destination, room);
@@ -313,60 +336,55 @@ TARVCORE_SSSE3_INLINE unsigned kept_bytes(unsigned drop) {
     return drop_of_8.kept[drop & 0xFF] + drop_of_8.kept[drop >> 8];
 }
 
-// With `counting`, nothing is written.
-template <class Destination, bool counting>
-TARVCORE_SSSE3_INLINE BlockProgress convert_blocks(const char* source, unsigned length,
-                                                   typename Destination::Unit* destination,
-                                                   unsigned capacity) {
-    unsigned read = 0;
-    unsigned written = 0;
-    __m128i previous = _mm_setzero_si128();
-    while (read < length) {
-        const unsigned taken = std::min(length - read, block);
-        // The last block is filled up with zeros, which make a unit each.
-        const __m128i current = load_part(source + read, taken);
-        const unsigned room = capacity - written;
-        if (_mm_movemask_epi8(current) == 0 && taken == block && room >= block) {
-            if (any(unfinished(previous))) break;
-            if constexpr (!counting) Destination::put_ascii(current, destination + written);
-            written += block;
-        } else {
-            const Neighbours n = neighbours(current, previous);
-            unsigned made = 0;
-            if (are_short(n)) {
-                if (any(short_faults(n))) break;
-                const auto drop =
-                    static_cast<unsigned>(_mm_movemask_epi8(at_least(n.current, 0xC0)));
-                made = kept_bytes(drop) - (block - taken);
-                if (made > room) break;
-                if constexpr (!counting) {
-                    if (room >= block) {
-                        Destination::template put_short<true>(n, drop, destination + written, room);
-                    } else {
-                        Destination::template put_short<false>(n, drop, destination + written,
-                                                               room);
-                    }
-                }
-            } else {
-                if (any(faults(n))) break;
-                const auto drop = static_cast<unsigned>(_mm_movemask_epi8(Destination::dropped(n)));
-                made = kept_bytes(drop) - (block - taken);
-                if (made > room) break;
-                if constexpr (!counting) {
-                    if (room >= block) {
-                        Destination::template put<true>(n, drop, destination + written, room);
-                    } else {
-                        Destination::template put<false>(n, drop, destination + written, room);
-                    }
-                }
-            }
-            written += made;
-        }
-        read += taken;
-        previous = current;
-    }
+// How a block ends that the next one goes on from.
+struct Ending {
+    __m128i bytes = _mm_setzero_si128();
+    unsigned open_leads = 0;    // 1: a short block, with a lead byte
+    bool is_long_open = false;  // any other, within a character
+};
 
-    // A character that is not finished has been taken up to its last byte but one at most.
+// Puts what a block makes and answers how many units that are; or 0, with nothing written, where it
+// has a fault, or might have one, or lacks room.  The last bytes may be zeros that fill it up: they
+// are not wanted.  With `counting` nothing is written at all.
+template <class Destination, bool counting, bool is_ample>
+TARVCORE_SSSE3_INLINE unsigned convert_block(__m128i current, unsigned zeros, Ending& ending,
+                                             typename Destination::Unit* destination,
+                                             unsigned room) {
+    const __m128i previous = std::exchange(ending.bytes, current);
+    const unsigned high = mask_bits(current);
+    if (is_ample && high == 0) {
+        if (ending.open_leads != 0 || ending.is_long_open) return 0;
+        if constexpr (!counting) Destination::put_ascii(current, destination);
+        return block;
+    }
+    if (!ending.is_long_open && !has_any(current, 0xE0)) {
+        const ShortBlock text(current, high);
+        if (text.has_fault(ending.open_leads)) return 0;
+        ending.open_leads = text.open_leads();
+        const unsigned made = kept_bytes(text.leads()) - zeros;
+        if (!is_ample && made > room) return 0;
+        if constexpr (!counting) {
+            Destination::template put_short<is_ample>(text.code_points(previous), text.leads(),
+                                                      destination, room);
+        }
+        return made;
+    }
+    const Neighbours n = neighbours(current, previous);
+    if (any(faults(n))) return 0;
+    ending.open_leads = 0;
+    ending.is_long_open = any(unfinished(current));
+    const unsigned drop = mask_bits(Destination::dropped(n));
+    const unsigned made = kept_bytes(drop) - zeros;
+    if (!is_ample && made > room) return 0;
+    if constexpr (!counting) Destination::template put<is_ample>(n, drop, destination, room);
+    return made;
+}
+
+// What has been taken, less a character that is not finished, which has been taken up to its last
+// byte but one at most.
+template <class Destination>
+TARVCORE_SSSE3_INLINE BlockProgress whole_characters(const char* source, unsigned read,
+                                                     unsigned written) {
     const auto* end = reinterpret_cast<const unsigned char*>(source) + read;
     if (read >= 1 && end[-1] >= 0xC0) return {read - 1, written};
     if (read >= 2 && end[-2] >= 0xE0) return {read - 2, written};
@@ -374,6 +392,33 @@ TARVCORE_SSSE3_INLINE BlockProgress convert_blocks(const char* source, unsigned 
         return {read - 3, written - Destination::written_of_unfinished};
     }
     return {read, written};
+}
+
+template <class Destination, bool counting>
+TARVCORE_SSSE3_INLINE BlockProgress convert_blocks(const char* source, unsigned length,
+                                                   typename Destination::Unit* destination,
+                                                   unsigned capacity) {
+    unsigned read = 0;
+    unsigned written = 0;
+    Ending ending;
+    while (length - read >= block && capacity - written >= block) {
+        const unsigned made = convert_block<Destination, counting, true>(
+            load(source + read), 0, ending, counting ? nullptr : destination + written, block);
+        if (made == 0) return whole_characters<Destination>(source, read, written);
+        read += block;
+        written += made;
+    }
+    while (read < length) {
+        const unsigned taken = std::min(length - read, block);
+        // The last block is filled up with zeros, which make a unit each.
+        const unsigned made = convert_block<Destination, counting, false>(
+            load_part(source + read, taken), block - taken, ending,
+            counting ? nullptr : destination + written, capacity - written);
+        if (made == 0) break;
+        read += taken;
+        written += made;
+    }
+    return whole_characters<Destination>(source, read, written);
 }
 
 }  // namespace
