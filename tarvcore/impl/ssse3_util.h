@@ -31,6 +31,10 @@ TARVCORE_SSSE3_INLINE int load_int(const char* source) {
     return value;
 }
 
+TARVCORE_SSSE3_INLINE void store_int(char* destination, int value) {
+    std::memcpy(destination, &value, sizeof value);
+}
+
 // The first `size` bytes, at most 16, and zeros behind them.  No other bytes are read.
 TARVCORE_SSSE3_INLINE __m128i load_part(const void* source, unsigned size) {
     const char* const bytes = static_cast<const char*>(source);
@@ -57,17 +61,23 @@ TARVCORE_SSSE3_INLINE __m128i load_part(const void* source, unsigned size) {
 // The first `size` bytes, fewer than 16.  No other bytes are written.
 TARVCORE_SSSE3_INLINE void store_part(void* destination, __m128i value, unsigned size) {
     char* bytes = static_cast<char*>(destination);
-    if ((size & 8) != 0) {
+    if (size >= 8) {
+        // The last eight bytes overlap the first eight.
+        static constexpr std::uint8_t places[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14};
+        const auto from = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(places + size - 8));
         _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), value);
-        value = _mm_srli_si128(value, 8);
-        bytes += 8;
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes + size - 8),
+                         _mm_shuffle_epi8(value, from));
+        return;
+    }
+    if (size >= 4) {
+        const __m128i last =
+            _mm_srl_epi64(value, _mm_cvtsi32_si128(static_cast<int>(8 * (size - 4))));
+        store_int(bytes, _mm_cvtsi128_si32(value));
+        store_int(bytes + size - 4, _mm_cvtsi128_si32(last));
+        return;
     }
     auto rest = static_cast<unsigned>(_mm_cvtsi128_si32(value));
-    if ((size & 4) != 0) {
-        std::memcpy(bytes, &rest, 4);
-        rest = static_cast<unsigned>(_mm_cvtsi128_si32(_mm_srli_si128(value, 4)));
-        bytes += 4;
-    }
     if ((size & 2) != 0) {
         std::memcpy(bytes, &rest, 2);
         rest >>= 16;
