@@ -139,10 +139,10 @@ public:
         return a.compare(b) <=> 0;
     }
 
-    // A record with a cause equals another one when the causes are equal, whatever else the two
-    // hold: users compare what happened at the bottom, not by which way it came up.  Without a
-    // cause, all parts are compared.  So `==` and `compare` answer different questions; this is
-    // meant.
+    // A record with a cause equals another one with a cause when the causes are equal, whatever
+    // else the two hold: users compare what happened at the bottom, not by which way it came up.
+    // Without causes, all parts are compared; chains of different lengths are never equal.  So `==`
+    // and `compare` answer different questions; this is meant.
     bool operator==(const ErrorInfo& other) const;
 
     // Of all parts and causes: it goes with `compare`, not with `==`, under which records of one

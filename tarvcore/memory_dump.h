@@ -13,9 +13,9 @@ enum EDiagnosticMemoryDumpType {
 };
 
 // Writes a dump and puts the path of its file, in UTF-8 with a terminator, into `path_out`.  False,
-// with nothing there and no file left behind: the dump could not be written, or its path does not
-// fit into `path_out_size` bytes.  Never raises.  For any thread; the dump shows the caller as the
-// thread that something happened to.
+// with `path_out` untouched and no file left behind: the dump could not be written, or its path
+// does not fit into `path_out_size` bytes.  Never raises.  For any thread; the dump shows the
+// caller as the thread that something happened to.
 //
 // The file is FOLDER\PROGRAM_TIME_PROCESS_THREAD.dmp:
 //
