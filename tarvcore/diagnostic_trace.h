@@ -15,8 +15,8 @@ using DiagnosticTracePeriodFunction = unsigned int (*)();
 // between one and the next.  `size` is that of all texts; a NUL that it does not count ends the
 // last.  The library does nothing with the answer.
 //
-// As a query: answers whether diagnostic lines are wanted at all; everything given to it is empty,
-// and `data` null.
+// As a query: answers whether lines of failed assertions that a box asks about are wanted; all
+// other lines are written without asking.  Everything given to it is empty, and `data` null.
 using DiagnosticTraceFunction = bool (*)(const SourceLocation& where, const SourceString& format,
                                          const char* data, unsigned int size);
 

@@ -102,7 +102,7 @@ private:
 };
 
 // UTF-16 text, printed as String prints its UTF-8 form: the limit counts UTF-8 bytes.  What is no
-// character is printed as "?".
+// character is printed as "?", a high surrogate together with the unit behind it.
 class WString : public Streamable<WString> {
 public:
     // The limit where none is given.

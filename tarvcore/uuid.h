@@ -123,8 +123,9 @@ public:
     unsigned short sequence() const {
         return static_cast<unsigned short>((byte(8) & 0x3F) << 8 | byte(9));
     }
-    // 60 bits: those given at construction, with custom flags among them; of a sequential
-    // identifier the time it shows, less its upper four bits, byte 7 included.
+    // 60 bits: those given at construction, with custom flags among them.  Of a sequential
+    // identifier: the lower 60 of the 64 bits of its time, in which byte 7 (version and all) stands
+    // for the last eight.
     std::uint64_t timestamp() const;
     // The last six bytes, and all of them.
     void get_node_address(NodeAddress& node) const { std::memcpy(node.bytes, &data_.bytes[10], 6); }
