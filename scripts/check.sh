@@ -27,7 +27,7 @@ mapfile -t scripts < <(grep -lE '^#!.*bash' -r scripts tests .ci tarv)
 # The C++ of README, as a program of its own would have it: without our flags, which say that there
 # are SSE2 instructions.
 example_compiles() {
-    awk '/^```/ { inside = $0 == "```cpp"; next } inside' README.md |
+    awk '/^```/ { inside = $0 == "```cpp"; next } inside { print; n++ } END { exit !n }' README.md |
         i686-w64-mingw32-g++-posix -std=c++20 -O2 -Wall -Wextra -Werror -I. -S -o /dev/null \
             -isystem "$(scripts/library-location.sh ace)/include" -x c++ -
 }

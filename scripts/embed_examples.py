@@ -26,9 +26,10 @@ def main():
             faults.append(f"docs/{page.name} does not show its examples: scripts/embed_examples.py")
         elif as_tested != text:
             page.write_text(as_tested)
-    for output in sorted((ROOT / "examples").glob("*.txt")):
-        if output.name != "CMakeLists.txt" and f"examples/{output.name}" not in shown:
-            faults.append(f"no page in docs shows examples/{output.name}")
+    for output in sorted((ROOT / "examples").glob("[a-z]*.txt")):
+        for name in (f"examples/{output.stem}.cpp", f"examples/{output.name}"):
+            if name not in shown:
+                faults.append(f"no page in docs shows {name}")
     sys.exit("\n".join(faults) or None)
 
 
