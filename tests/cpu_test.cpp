@@ -145,10 +145,14 @@ TEST(Cpu, DescribesThisMachine) {
     GetSystemInfo(&system);
     EXPECT_GE(machine.processor_count(), system.dwNumberOfProcessors);
     unsigned known = 0;
-    for (unsigned cpu = 0; cpu < machine.processor_count(); ++cpu) {
-        if (!machine.is_known(cpu)) continue;
+    for (auto cpu = before.begin_cpu(); cpu != before.end_cpu(); ++cpu) {
+        CpuAffinityMask alone;
+        alone.set_cpu(*cpu);
+        const ScopedCpuAffinity pinned(alone);
+        EXPECT_EQ(machine.is_known(*cpu), GetCurrentProcessorNumber() == *cpu) << *cpu;
+        if (!machine.is_known(*cpu)) continue;
         ++known;
-        EXPECT_EQ(machine.cpu_info(cpu).signature(), CpuInfo().signature());
+        EXPECT_EQ(machine.cpu_info(*cpu).signature(), CpuInfo().signature());
     }
     EXPECT_GE(known, 1u);
     EXPECT_GE(known, machine.core_count());

@@ -65,7 +65,7 @@ protected:
         pressed_button = IDIGNORE;
         missing = "";
         calls_->find = [](const char* name) -> void* {
-            if (std::string_view(name) == missing) return nullptr;
+            if (std::string_view(name) == missing || !system_calls->find(name)) return nullptr;
             return std::string_view(name) == "MessageBoxW" ? reinterpret_cast<void*>(show_box)
                                                            : reinterpret_cast<void*>(key_state);
         };

@@ -7,6 +7,7 @@
 
 #include <bit>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -27,6 +28,15 @@ std::string content_of(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
+std::string local_time() {
+    SYSTEMTIME time;
+    GetLocalTime(&time);
+    char text[15];
+    std::snprintf(text, sizeof text, "%04u%02u%02u%02u%02u%02u", time.wYear, time.wMonth, time.wDay,
+                  time.wHour, time.wMinute, time.wSecond);
+    return text;
+}
+
 // The beginning of a stream of a dump, as debuggers find it; nothing in a dump is aligned.
 template <class T>
 T stream_of(std::string& dump, ULONG type) {
@@ -41,9 +51,18 @@ T stream_of(std::string& dump, ULONG type) {
 
 TEST(MemoryDump, TellsThreadsModulesAndTheCaller) {
     preinitialize_diagnostics_libraries();
+    const std::string before = local_time();
     char path[600] = "";
     ASSERT_TRUE(create_diagnostic_memory_dump(diagnosticMemoryDumpSmall, "small", path, 600));
+    const std::string name = std::filesystem::path(path).filename().string();
+    ASSERT_TRUE(name.starts_with("small_")) << path;
+    EXPECT_LE(before, name.substr(6, 14));
+    EXPECT_LE(name.substr(6, 14), local_time());
     std::string dump = content_of(path);
+    MINIDUMP_HEADER header;
+    ASSERT_GE(dump.size(), sizeof header);
+    std::memcpy(&header, dump.data(), sizeof header);
+    EXPECT_EQ(header.Flags, ULONG64{MiniDumpNormal});
     EXPECT_GE(stream_of<ULONG32>(dump, ThreadListStream), 1u);
     EXPECT_EQ(stream_of<MINIDUMP_EXCEPTION_STREAM>(dump, ExceptionStream).ThreadId,
               GetCurrentThreadId());
@@ -51,7 +70,6 @@ TEST(MemoryDump, TellsThreadsModulesAndTheCaller) {
     constexpr std::wstring_view program = L"diagnostics_test.exe";
     const auto* const bytes = reinterpret_cast<const char*>(program.data());
     EXPECT_NE(dump.find(std::string(bytes, 2 * program.size())), std::string::npos);
-    EXPECT_NE(std::string(path).find("\\small_"), std::string::npos) << path;
     EXPECT_TRUE(DeleteFileA(path) != 0);
 }
 

@@ -3,6 +3,8 @@
 # whatever its status is: GoogleTest takes the file away when they are through.
 set -uo pipefail
 export TEST_PREMATURE_EXIT_FILE="unfinished-test-$$"
+# Where local time is UTC nobody sees which of them is taken.
+export TZ=IST-5:30
 # Not the caller's pipe: Wine's process for the desktop would inherit it, and may stay for good.
 output=$(mktemp)
 trap 'rm -f "$TEST_PREMATURE_EXIT_FILE" "$output"' EXIT

@@ -101,6 +101,12 @@ TEST_F(SequentialUuids, GetOtherNodesWhenTheClockIsSetBack) {
 
 // With the clock and the bits of the system.
 TEST(Uuid, SequentialOnesDifferBetweenThreads) {
+    const impl::UuidCalls& system = *impl::uuid_calls;
+    const AbsoluteTime before = AbsoluteTime::now();
+    const AbsoluteTime time = system.now();
+    EXPECT_TRUE(before <= time && time <= AbsoluteTime::now());
+    EXPECT_NE(system.random(), system.random());
+
     // So many that threads run at the same time on a busy machine, too.
     std::vector<std::vector<Uuid>> made(4, std::vector<Uuid>(100'000));
     tarv_test::run_threads(

@@ -46,14 +46,14 @@ TEST(SingleUseTask, RunsOnce) {
 
     using Task = std::shared_ptr<SingleUseTask>;
     std::vector<Task> tasks;
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 10'000; ++i)
         tasks.push_back(std::make_shared<SingleUseTask>([&] { ++race_runs; }, nullptr, where));
     const auto run = [&](const Task& task_to_run) {
         refusals += !raised([&] { task_to_run->run(); }).empty();
     };
     tarv_test::race<Task>(std::move(tasks), {run, run});
-    EXPECT_EQ(race_runs, 1000);
-    EXPECT_EQ(refusals, 1000);
+    EXPECT_EQ(race_runs, 10'000);
+    EXPECT_EQ(refusals, 10'000);
 }
 
 TEST(SingleUseTask, TellsItsHandler) {

@@ -47,7 +47,6 @@ protected:
         std::filesystem::remove_all(folder_, ignored);
     }
 
-private:
     const std::filesystem::path folder_ = std::filesystem::temp_directory_path() / L"tarvcore_demo";
 };
 
@@ -305,6 +304,7 @@ TEST_F(TarvDemo, ShowsACrashAndItsDump) {
                            announcement + "…\n\n*** … - !!!!! Aborting process NOW !!!!!\n"));
     const auto begin = report.find(announcement) + announcement.size();
     const std::filesystem::path path(report.substr(begin, report.find('\n', begin) - begin));
+    EXPECT_TRUE(agrees(path.string(), folder_.string() + "\\2…\\tarv_2….dmp"));
     char signature[5] = {};
     std::ifstream(path, std::ios::binary).read(signature, 4);
     EXPECT_STREQ(signature, "MDMP") << path;

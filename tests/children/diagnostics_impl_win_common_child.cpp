@@ -34,9 +34,9 @@ SHORT WINAPI key_state(int key) {
     return is_shift_held && key == VK_SHIFT ? SHORT{-1} : SHORT{0};
 }
 
-BOOL WINAPI write_dump(HANDLE, DWORD, HANDLE, MINIDUMP_TYPE, PMINIDUMP_EXCEPTION_INFORMATION,
+BOOL WINAPI write_dump(HANDLE, DWORD, HANDLE, MINIDUMP_TYPE type, PMINIDUMP_EXCEPTION_INFORMATION,
                        PMINIDUMP_USER_STREAM_INFORMATION, PMINIDUMP_CALLBACK_INFORMATION) {
-    return can_write;
+    return can_write && (type & MiniDumpWithFullMemory) != 0;
 }
 
 const impl::UserInterfaceCalls user_interface = {[](const char* name) -> void* {

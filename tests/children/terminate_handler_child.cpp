@@ -30,10 +30,11 @@ using namespace tarvcore;
 const DWORD main_thread = GetCurrentThreadId();
 const impl::DebugHelpCalls* const system_calls = impl::debug_help_calls;
 
-// Writes none, and says so where the dump would not be that of the main thread.
-BOOL WINAPI write_dump(HANDLE, DWORD, HANDLE, MINIDUMP_TYPE, PMINIDUMP_EXCEPTION_INFORMATION cause,
-                       PMINIDUMP_USER_STREAM_INFORMATION, PMINIDUMP_CALLBACK_INFORMATION) {
-    return cause->ThreadId == main_thread;
+// Writes none, and says so where the dump would not be that of the main thread, or not a full one.
+BOOL WINAPI write_dump(HANDLE, DWORD, HANDLE, MINIDUMP_TYPE type,
+                       PMINIDUMP_EXCEPTION_INFORMATION cause, PMINIDUMP_USER_STREAM_INFORMATION,
+                       PMINIDUMP_CALLBACK_INFORMATION) {
+    return cause->ThreadId == main_thread && (type & MiniDumpWithFullMemory) != 0;
 }
 
 // Dumps take seconds.
