@@ -14,6 +14,7 @@
 #include "tarvcore/impl/stream_text.h"
 #include "tarvcore/impl/string_hash.h"
 #include "tarvcore/impl/unicode_codec.h"
+#include "tarvcore/impl/vector_util.h"
 #include "tarvcore/streamers.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/error_params.cpp#1 $");
@@ -91,7 +92,7 @@ private:
 const char* find_opening_brace(const char* text, const char* end) {
     const __m128i braces = _mm_set1_epi8('{');
     for (; end - text >= 16; text += 16) {
-        const auto block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+        const auto block = impl::load(text);
         const auto found = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, braces)));
         if (found != 0) return text + std::countr_zero(found);
     }

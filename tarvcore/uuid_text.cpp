@@ -1,8 +1,8 @@
-#include <cstring>
 #include <ostream>
 #include <string_view>
 
 #include "tarvcore/impl/hex_vectors.h"
+#include "tarvcore/impl/vector_util.h"
 #include "tarvcore/uuid.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/uuid_text.cpp#1 $");
@@ -15,25 +15,6 @@ using Data = Uuid::BinaryData;
 
 // Where the four separators stand in the hyphenated form, and the groups behind them.
 constexpr unsigned separators[] = {8, 13, 18, 23};
-
-__m128i load16(const char* text) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-}
-__m128i load8(const char* text) {
-    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(text));
-}
-__m128i load4(const char* text) {
-    int word;
-    std::memcpy(&word, text, sizeof word);
-    return _mm_cvtsi32_si128(word);
-}
-void store16(char* text, __m128i characters) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(text), characters);
-}
-void store4(char* text, __m128i characters) {
-    const int word = _mm_cvtsi128_si32(characters);
-    std::memcpy(text, &word, sizeof word);
-}
 
 // The stored order of bytes 0 to 7 to that of the text, or back.  Each stands in two bytes.
 __m128i swap_numbers(__m128i pairs) {
@@ -48,7 +29,7 @@ struct Digits {
 };
 
 Digits digits_of(const Data& data) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data.bytes));
+    const __m128i bytes = load(data.bytes);
     const __m128i higher = digits_sse2(_mm_and_si128(_mm_srli_epi32(bytes, 4), _mm_set1_epi8(15)));
     const __m128i lower = digits_sse2(_mm_and_si128(bytes, _mm_set1_epi8(15)));
     return {swap_numbers(_mm_unpacklo_epi8(higher, lower)), _mm_unpackhi_epi8(higher, lower)};
@@ -56,22 +37,23 @@ Digits digits_of(const Data& data) {
 
 // The blocks go over separators and the groups behind them, which are written after them.
 char* write_hyphenated(const Digits& digits, char* text) {
-    store16(text, digits.first);
-    store16(text + 20, digits.second);
-    store4(text + 9, _mm_srli_si128(digits.first, 8));
-    store4(text + 14, _mm_srli_si128(digits.first, 12));
-    store4(text + 19, digits.second);
+    store(text, digits.first);
+    store(text + 20, digits.second);
+    store_quarter(text + 9, _mm_srli_si128(digits.first, 8));
+    store_quarter(text + 14, _mm_srli_si128(digits.first, 12));
+    store_quarter(text + 19, digits.second);
     for (const unsigned at : separators)
         text[at] = '-';
     return text + 36;
 }
 
 Digits hyphenated_digits(const char* text) {
-    const __m128i second_and_third = _mm_unpacklo_epi32(load4(text + 9), load4(text + 14));
+    const __m128i second_and_third =
+        _mm_unpacklo_epi32(load_quarter(text + 9), load_quarter(text + 14));
     // All but the first of the last five groups of four.
-    const __m128i rest = _mm_and_si128(load16(text + 20), _mm_setr_epi32(0, -1, -1, -1));
-    return {_mm_unpacklo_epi64(load8(text), second_and_third),
-            _mm_or_si128(load4(text + 19), rest)};
+    const __m128i rest = _mm_and_si128(load(text + 20), _mm_setr_epi32(0, -1, -1, -1));
+    return {_mm_unpacklo_epi64(load_half(text), second_and_third),
+            _mm_or_si128(load_quarter(text + 19), rest)};
 }
 
 bool has_separators(const char* text) {
@@ -87,7 +69,7 @@ bool store_values(const Digits& digits, Data& data) {
     if (!are_values_sse2(_mm_or_si128(first, second))) return false;
     const __m128i bytes =
         _mm_packus_epi16(swap_numbers(pair_values_sse2(first)), pair_values_sse2(second));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(data.bytes), bytes);
+    store(data.bytes, bytes);
     return true;
 }
 
@@ -99,8 +81,8 @@ constexpr unsigned text_length(Uuid::EFormat format) {
 char* write_uuid(const Data& data, Uuid::EFormat format, char* text) {
     const Digits digits = digits_of(data);
     if (format == Uuid::format_plain) {
-        store16(text, digits.first);
-        store16(text + 16, digits.second);
+        store(text, digits.first);
+        store(text + 16, digits.second);
         return text + 32;
     }
     if (format != Uuid::format_braced) return write_hyphenated(digits, text);
@@ -112,7 +94,7 @@ char* write_uuid(const Data& data, Uuid::EFormat format, char* text) {
 
 // Whether the text is one of the forms; else `data` is left alone.
 bool parse_uuid(const char* text, unsigned length, Data& data) {
-    if (length == 32) return store_values({load16(text), load16(text + 16)}, data);
+    if (length == 32) return store_values({load(text), load(text + 16)}, data);
     if (length == 38) {
         if (text[0] != '{' || text[37] != '}') return false;
         ++text;

@@ -7,6 +7,7 @@
 
 #include "tarvcore/impl/transform_blocks.h"
 #include "tarvcore/impl/transform_vectors.h"
+#include "tarvcore/impl/vector_util.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/base32_codec.cpp#1 $");
 
@@ -92,7 +93,7 @@ constexpr ShuffleTable value_less_code = [] {
 
 // Decodes to the first ten bytes; false where a character is not good.
 [[gnu::target("ssse3")]] inline bool decode_ssse3(const char* text, __m128i* bytes) {
-    const __m128i codes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    const __m128i codes = load(text);
     const __m128i higher = _mm_and_si128(_mm_srli_epi32(codes, 4), _mm_set1_epi8(15));
     // The shuffle answers 0 for codes from 128 on.
     const __m128i good = _mm_and_si128(_mm_shuffle_epi8(load_table(lower_bits), codes),
@@ -117,25 +118,21 @@ struct Ssse3Blocks {
 
     [[gnu::target("ssse3")]] static void encode(const unsigned char* bytes, char* text) {
         // Eight bytes from the first on and eight up to the last.
-        const __m128i source =
-            _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)),
-                               _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + 2)));
+        const __m128i source = _mm_unpacklo_epi64(load_half(bytes), load_half(bytes + 2));
         const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 14, 7, 15, 14);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
-                         encode_ssse3(_mm_shuffle_epi8(source, order)));
+        store(text, encode_ssse3(_mm_shuffle_epi8(source, order)));
     }
 
     [[gnu::target("ssse3")]] static void encode_inner(const unsigned char* bytes, char* text) {
-        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+        const __m128i source = load(bytes);
         const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 8, 7, 9, 8);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
-                         encode_ssse3(_mm_shuffle_epi8(source, order)));
+        store(text, encode_ssse3(_mm_shuffle_epi8(source, order)));
     }
 
     [[gnu::target("ssse3")]] static bool decode(const char* text, unsigned char* bytes) {
         __m128i block;
         if (!decode_ssse3(text, &block)) return false;
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), block);
+        store_half(bytes, block);
         const int last = _mm_extract_epi16(block, 4);
         std::memcpy(bytes + 8, &last, 2);
         return true;
@@ -145,7 +142,7 @@ struct Ssse3Blocks {
     [[gnu::target("ssse3")]] static bool decode_inner(const char* text, unsigned char* bytes) {
         __m128i block;
         if (!decode_ssse3(text, &block)) return false;
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), block);
+        store(bytes, block);
         return true;
     }
 };
@@ -169,7 +166,7 @@ struct Ssse3Blocks {
 
 // Decodes to the first ten bytes of either half; false where a character is not good.
 [[gnu::target("avx2")]] inline bool decode_avx2(const char* text, __m256i* bytes) {
-    const __m256i codes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
+    const __m256i codes = load_32(text);
     const __m256i higher = _mm256_and_si256(_mm256_srli_epi32(codes, 4), _mm256_set1_epi8(15));
     const __m256i lower = _mm256_and_si256(codes, _mm256_set1_epi8(15));
     const bool good =
@@ -197,22 +194,20 @@ struct Avx2Blocks {
 
     [[gnu::target("avx2")]] static void encode(const unsigned char* bytes, char* text) {
         // Sixteen bytes from the first on and sixteen up to the last.
-        const __m256i source = _mm256_inserti128_si256(
-            _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))),
-            _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + byte_count - 16)), 1);
+        const __m256i source = _mm256_inserti128_si256(_mm256_castsi128_si256(load(bytes)),
+                                                       load(bytes + byte_count - 16), 1);
         const __m256i order =
             _mm256_setr_epi8(1, 0, 2, 1, 3, 2, 4, 3, 6, 5, 7, 6, 8, 7, 9, 8,  //
                              7, 6, 8, 7, 9, 8, 10, 9, 12, 11, 13, 12, 14, 13, 15, 14);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(text),
-                            encode_avx2(_mm256_shuffle_epi8(source, order)));
+        store_32(text, encode_avx2(_mm256_shuffle_epi8(source, order)));
     }
 
     [[gnu::target("avx2")]] static bool decode(const char* text, unsigned char* bytes) {
         __m256i block;
         if (!decode_avx2(text, &block)) return false;
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
+        store(bytes, _mm256_castsi256_si128(block));
         const __m128i second = _mm256_extracti128_si256(block, 1);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes + 10), second);
+        store_half(bytes + 10, second);
         const int last = _mm_extract_epi16(second, 4);
         std::memcpy(bytes + 18, &last, 2);
         return true;
@@ -221,9 +216,8 @@ struct Avx2Blocks {
     [[gnu::target("avx2")]] static bool decode_inner(const char* text, unsigned char* bytes) {
         __m256i block;
         if (!decode_avx2(text, &block)) return false;
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + 10),
-                         _mm256_extracti128_si256(block, 1));
+        store(bytes, _mm256_castsi256_si128(block));
+        store(bytes + 10, _mm256_extracti128_si256(block, 1));
         return true;
     }
 };

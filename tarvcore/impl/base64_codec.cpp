@@ -8,6 +8,7 @@
 
 #include "tarvcore/impl/transform_blocks.h"
 #include "tarvcore/impl/transform_vectors.h"
+#include "tarvcore/impl/vector_util.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/base64_codec.cpp#1 $");
 
@@ -54,7 +55,7 @@ inline void encode_four_groups(const unsigned char* bytes, char* text) {
     pairs = insert_group<2>(pairs, load_group(bytes + 3));
     pairs = insert_group<4>(pairs, load_group(bytes + 6));
     pairs = insert_group<6>(pairs, load_group(bytes + 9));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(text), pairs);
+    store(text, pairs);
 }
 
 // Encodes whole groups.
@@ -207,7 +208,7 @@ static_assert(
 
 // Decodes to the first 12 bytes.  `*good` gets a byte of 0 for each character that is not.
 [[gnu::target("ssse3")]] inline __m128i decode_ssse3(const char* text, __m128i* good) {
-    const __m128i codes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    const __m128i codes = load(text);
     const __m128i row = _mm_and_si128(_mm_srli_epi32(codes, 4), _mm_set1_epi8(15));
     // 0 for codes from 128 on.
     const __m128i column = _mm_shuffle_epi8(load_table(columns), codes);
@@ -235,28 +236,24 @@ struct Ssse3Blocks {
 
     [[gnu::target("ssse3")]] static void encode(const unsigned char* bytes, char* text) {
         // Eight bytes from the first on and eight up to the last.
-        const __m128i source = _mm_unpacklo_epi64(
-            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)),
-            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + byte_count - 8)));
+        const __m128i source =
+            _mm_unpacklo_epi64(load_half(bytes), load_half(bytes + byte_count - 8));
         const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 12, 7, 14, 13, 15, 14);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
-                         encode_ssse3(_mm_shuffle_epi8(source, order)));
+        store(text, encode_ssse3(_mm_shuffle_epi8(source, order)));
     }
 
     [[gnu::target("ssse3")]] static void encode_inner(const unsigned char* bytes, char* text) {
-        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+        const __m128i source = load(bytes);
         const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(text),
-                         encode_ssse3(_mm_shuffle_epi8(source, order)));
+        store(text, encode_ssse3(_mm_shuffle_epi8(source, order)));
     }
 
     [[gnu::target("ssse3")]] static bool decode(const char* text, unsigned char* bytes) {
         __m128i good = _mm_set1_epi8(-1);
         const __m128i block = decode_ssse3(text, &good);
         if (!is_good(good)) return false;
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), block);
-        const int last = _mm_cvtsi128_si32(_mm_srli_si128(block, 8));
-        std::memcpy(bytes + 8, &last, 4);
+        store_half(bytes, block);
+        store_quarter(bytes + 8, _mm_srli_si128(block, 8));
         return true;
     }
 
@@ -266,7 +263,7 @@ struct Ssse3Blocks {
 #pragma GCC unroll inner_blocks
         for (unsigned i = 0; i < inner_blocks; ++i) {
             const __m128i block = decode_ssse3(text + char_count * i, &good);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + byte_count * i), block);
+            store(bytes + byte_count * i, block);
         }
         return is_good(good);
     }
@@ -302,34 +299,32 @@ public:
 
     [[gnu::target("avx2")]] static void encode(const unsigned char* bytes, char* text) {
         // Sixteen bytes from the first on and sixteen up to the last.
-        const __m256i halves = _mm256_inserti128_si256(
-            _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))),
-            _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + byte_count - 16)), 1);
+        const __m256i halves = _mm256_inserti128_si256(_mm256_castsi128_si256(load(bytes)),
+                                                       load(bytes + byte_count - 16), 1);
         const __m256i order =
             _mm256_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10,  //
                              5, 4, 6, 5, 8, 7, 9, 8, 11, 10, 12, 11, 14, 13, 15, 14);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(text), encode_avx2(halves, order));
+        store_32(text, encode_avx2(halves, order));
     }
 
     // With four more bytes on either side a block lies evenly in the two halves of a vector.
     [[gnu::target("avx2")]] static void encode_inner(const unsigned char* bytes, char* text) {
-        const __m256i source = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes - 4));
+        const __m256i source = load_32(bytes - 4);
         const __m256i order =
             _mm256_setr_epi8(5, 4, 6, 5, 8, 7, 9, 8, 11, 10, 12, 11, 14, 13, 15, 14,  //
                              1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(text), encode_avx2(source, order));
+        store_32(text, encode_avx2(source, order));
     }
 
     [[gnu::target("avx2")]] bool decode(const char* text, unsigned char* bytes) const {
         __m256i good = _mm256_set1_epi8(-1);
         const __m256i block = decode_halves(text, &good);
         if (!is_good_twice(good)) return false;
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
+        store(bytes, _mm256_castsi256_si128(block));
         // No further than the bytes go.
         const __m128i second = _mm256_extracti128_si256(block, 1);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes + 12), second);
-        const int last = _mm_extract_epi32(second, 2);
-        std::memcpy(bytes + 20, &last, 4);
+        store_half(bytes + 12, second);
+        store_quarter(bytes + 20, _mm_srli_si128(second, 8));
         return true;
     }
 
@@ -338,9 +333,8 @@ public:
 #pragma GCC unroll inner_blocks
         for (unsigned i = 0; i < inner_blocks; ++i, bytes += byte_count) {
             const __m256i block = decode_halves(text + char_count * i, &good);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(block));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + 12),
-                             _mm256_extracti128_si256(block, 1));
+            store(bytes, _mm256_castsi256_si128(block));
+            store(bytes + 12, _mm256_extracti128_si256(block, 1));
         }
         return is_good_twice(good);
     }
@@ -348,7 +342,7 @@ public:
 private:
     // Decodes to the first 12 bytes of either half.  `*good` as in `decode_ssse3`.
     [[gnu::target("avx2")]] __m256i decode_halves(const char* text, __m256i* good) const {
-        const __m256i codes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
+        const __m256i codes = load_32(text);
         const __m256i row = _mm256_and_si256(_mm256_srli_epi32(codes, 4), _mm256_set1_epi8(15));
         const __m256i column = _mm256_shuffle_epi8(columns_, codes);
         const __m256i shared = _mm256_and_si256(_mm256_shuffle_epi8(rows_, row), column);

@@ -7,6 +7,7 @@
 
 #include "tarvcore/impl/hex_vectors.h"
 #include "tarvcore/impl/transform_blocks.h"
+#include "tarvcore/impl/vector_util.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/hex_codec.cpp#1 $");
 
@@ -52,21 +53,19 @@ struct Sse2Blocks {
     static constexpr unsigned chars_behind = 0;
 
     static void encode(const unsigned char* bytes, char* text) {
-        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+        const __m128i source = load(bytes);
         const __m128i higher =
             digits_sse2(_mm_and_si128(_mm_srli_epi32(source, 4), _mm_set1_epi8(15)));
         const __m128i lower = digits_sse2(_mm_and_si128(source, _mm_set1_epi8(15)));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(text), _mm_unpacklo_epi8(higher, lower));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(text + 16), _mm_unpackhi_epi8(higher, lower));
+        store(text, _mm_unpacklo_epi8(higher, lower));
+        store(text + 16, _mm_unpackhi_epi8(higher, lower));
     }
 
     static bool decode(const char* text, unsigned char* bytes) {
-        const __m128i first = values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text)));
-        const __m128i second =
-            values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text + 16)));
+        const __m128i first = values_sse2(load(text));
+        const __m128i second = values_sse2(load(text + 16));
         if (!are_values_sse2(_mm_or_si128(first, second))) return false;
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes),
-                         _mm_packus_epi16(pair_values_sse2(first), pair_values_sse2(second)));
+        store(bytes, _mm_packus_epi16(pair_values_sse2(first), pair_values_sse2(second)));
         return true;
     }
 };
@@ -93,24 +92,22 @@ struct Ssse3Blocks {
     static constexpr unsigned chars_behind = 0;
 
     [[gnu::target("ssse3")]] static void encode(const unsigned char* bytes, char* text) {
-        const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-        const __m128i alphabet = _mm_loadu_si128(reinterpret_cast<const __m128i*>(hex_alphabet));
+        const __m128i source = load(bytes);
+        const __m128i alphabet = load(hex_alphabet);
         const __m128i higher =
             _mm_shuffle_epi8(alphabet, _mm_and_si128(_mm_srli_epi32(source, 4), _mm_set1_epi8(15)));
         const __m128i lower = _mm_shuffle_epi8(alphabet, _mm_and_si128(source, _mm_set1_epi8(15)));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(text), _mm_unpacklo_epi8(higher, lower));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(text + 16), _mm_unpackhi_epi8(higher, lower));
+        store(text, _mm_unpacklo_epi8(higher, lower));
+        store(text + 16, _mm_unpackhi_epi8(higher, lower));
     }
 
     [[gnu::target("ssse3")]] static bool decode(const char* text, unsigned char* bytes) {
-        const __m128i first = values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text)));
-        const __m128i second =
-            values_sse2(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text + 16)));
+        const __m128i first = values_sse2(load(text));
+        const __m128i second = values_sse2(load(text + 16));
         if (!are_values_sse2(_mm_or_si128(first, second))) return false;
         const __m128i weights = _mm_set1_epi16(0x0110);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes),
-                         _mm_packus_epi16(_mm_maddubs_epi16(first, weights),
-                                          _mm_maddubs_epi16(second, weights)));
+        store(bytes, _mm_packus_epi16(_mm_maddubs_epi16(first, weights),
+                                      _mm_maddubs_epi16(second, weights)));
         return true;
     }
 };
@@ -135,9 +132,8 @@ struct Avx2Blocks {
     static constexpr unsigned chars_behind = 0;
 
     [[gnu::target("avx2")]] static void encode(const unsigned char* bytes, char* text) {
-        const __m256i source = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes));
-        const __m256i alphabet = _mm256_broadcastsi128_si256(
-            _mm_loadu_si128(reinterpret_cast<const __m128i*>(hex_alphabet)));
+        const __m256i source = load_32(bytes);
+        const __m256i alphabet = _mm256_broadcastsi128_si256(load(hex_alphabet));
         const __m256i higher = _mm256_shuffle_epi8(
             alphabet, _mm256_and_si256(_mm256_srli_epi32(source, 4), _mm256_set1_epi8(15)));
         const __m256i lower =
@@ -145,17 +141,15 @@ struct Avx2Blocks {
         // Bytes 0 to 7 and 16 to 23, and the others.
         const __m256i first = _mm256_unpacklo_epi8(higher, lower);
         const __m256i second = _mm256_unpackhi_epi8(higher, lower);
-        auto* const destination = reinterpret_cast<__m128i*>(text);
-        _mm_storeu_si128(destination, _mm256_castsi256_si128(first));
-        _mm_storeu_si128(destination + 1, _mm256_castsi256_si128(second));
-        _mm_storeu_si128(destination + 2, _mm256_extracti128_si256(first, 1));
-        _mm_storeu_si128(destination + 3, _mm256_extracti128_si256(second, 1));
+        store(text, _mm256_castsi256_si128(first));
+        store(text + 16, _mm256_castsi256_si128(second));
+        store(text + 32, _mm256_extracti128_si256(first, 1));
+        store(text + 48, _mm256_extracti128_si256(second, 1));
     }
 
     [[gnu::target("avx2")]] static bool decode(const char* text, unsigned char* bytes) {
-        const auto* const source = reinterpret_cast<const __m256i*>(text);
-        const __m256i first = values_avx2(_mm256_loadu_si256(source));
-        const __m256i second = values_avx2(_mm256_loadu_si256(source + 1));
+        const __m256i first = values_avx2(load_32(text));
+        const __m256i second = values_avx2(load_32(text + 32));
         if (_mm256_testz_si256(_mm256_or_si256(first, second),
                                _mm256_set1_epi8(static_cast<char>(0xF0))) == 0) {
             return false;
@@ -164,8 +158,7 @@ struct Avx2Blocks {
         // Packing goes by halves.
         const __m256i packed = _mm256_packus_epi16(_mm256_maddubs_epi16(first, weights),
                                                    _mm256_maddubs_epi16(second, weights));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(bytes),
-                            _mm256_permute4x64_epi64(packed, 0b11'01'10'00));
+        store_32(bytes, _mm256_permute4x64_epi64(packed, 0b11'01'10'00));
         return true;
     }
 };

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "tarvcore/impl/unicode_kernels.h"
+#include "tarvcore/impl/vector_util.h"
 
 namespace tarvcore::impl {
 
@@ -16,6 +17,24 @@ struct BlockProgress {
     unsigned read;
     unsigned written;
 };
+
+// A vector of ASCII as units of an encoding.
+TARVCORE_INLINE void store_ascii(__m128i ascii, char* destination) {
+    store(destination, ascii);
+}
+TARVCORE_INLINE void store_ascii(__m128i ascii, Utf16Unit* destination) {
+    store(destination, _mm_unpacklo_epi8(ascii, _mm_setzero_si128()));
+    store(destination + 8, _mm_unpackhi_epi8(ascii, _mm_setzero_si128()));
+}
+TARVCORE_INLINE void store_ascii(__m128i ascii, std::uint32_t* destination) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i low = _mm_unpacklo_epi8(ascii, zero);
+    const __m128i high = _mm_unpackhi_epi8(ascii, zero);
+    store(destination, _mm_unpacklo_epi16(low, zero));
+    store(destination + 4, _mm_unpackhi_epi16(low, zero));
+    store(destination + 8, _mm_unpacklo_epi16(high, zero));
+    store(destination + 12, _mm_unpackhi_epi16(high, zero));
+}
 
 // Units in a block; a source with less is not worth a first call.
 constexpr unsigned utf8_block_length = 16;

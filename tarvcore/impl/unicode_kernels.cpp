@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <emmintrin.h>
-
 #include "tarvcore/impl/simd_level.h"
 #include "tarvcore/impl/unicode_blocks.h"
 #include "tarvcore/impl/unicode_codec.h"
@@ -12,14 +10,6 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/unicode_kernels.cpp#1 $");
 
 namespace tarvcore::impl {
 namespace {
-
-TARVCORE_INLINE __m128i load(const void* source) {
-    return _mm_loadu_si128(static_cast<const __m128i*>(source));
-}
-
-TARVCORE_INLINE void store(void* destination, __m128i value) {
-    _mm_storeu_si128(static_cast<__m128i*>(destination), value);
-}
 
 // Encodings as sources and as destinations.  ASCII goes by blocks of 16 units, as a vector of
 // bytes: `load_ascii` answers false, and leaves the vector undefined, where there is anything else.
@@ -35,9 +25,6 @@ struct Utf8 {
     TARVCORE_INLINE static bool load_ascii(const char* source, __m128i* ascii) {
         *ascii = load(source);
         return _mm_movemask_epi8(*ascii) == 0;
-    }
-    TARVCORE_INLINE static void store_ascii(__m128i ascii, char* destination) {
-        store(destination, ascii);
     }
 };
 
@@ -55,10 +42,6 @@ struct Utf16 {
         *ascii = _mm_packus_epi16(first, last);
         const __m128i above = _mm_and_si128(_mm_or_si128(first, last), _mm_set1_epi16(~0x7F));
         return _mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) == 0xFFFF;
-    }
-    TARVCORE_INLINE static void store_ascii(__m128i ascii, Utf16Unit* destination) {
-        store(destination, _mm_unpacklo_epi8(ascii, _mm_setzero_si128()));
-        store(destination + 8, _mm_unpackhi_epi8(ascii, _mm_setzero_si128()));
     }
 };
 
@@ -79,15 +62,6 @@ struct Ucs4 {
         const __m128i all = _mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d));
         const __m128i above = _mm_and_si128(all, _mm_set1_epi32(~0x7F));
         return _mm_movemask_epi8(_mm_cmpeq_epi32(above, _mm_setzero_si128())) == 0xFFFF;
-    }
-    TARVCORE_INLINE static void store_ascii(__m128i ascii, std::uint32_t* destination) {
-        const __m128i zero = _mm_setzero_si128();
-        const __m128i low = _mm_unpacklo_epi8(ascii, zero);
-        const __m128i high = _mm_unpackhi_epi8(ascii, zero);
-        store(destination, _mm_unpacklo_epi16(low, zero));
-        store(destination + 4, _mm_unpackhi_epi16(low, zero));
-        store(destination + 8, _mm_unpacklo_epi16(high, zero));
-        store(destination + 12, _mm_unpackhi_epi16(high, zero));
     }
 };
 
@@ -181,12 +155,12 @@ TARVCORE_INLINE unsigned copy_ascii(const typename Source::Unit* source, unsigne
     __m128i ascii;
     do {
         if (!Source::load_ascii(source + copied, &ascii)) return copied;
-        if constexpr (!counting) Destination::store_ascii(ascii, destination + copied);
+        if constexpr (!counting) store_ascii(ascii, destination + copied);
         copied += block;
     } while (end - copied >= block);
     // The last block once more reaches the end.
     if (!Source::load_ascii(source + end - block, &ascii)) return copied;
-    if constexpr (!counting) Destination::store_ascii(ascii, destination + end - block);
+    if constexpr (!counting) store_ascii(ascii, destination + end - block);
     return end;
 }
 

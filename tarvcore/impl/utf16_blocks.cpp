@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "tarvcore/impl/ssse3_util.h"
 #include "tarvcore/impl/unicode_blocks.h"
 #include "tarvcore/impl/unicode_codec.h"
+#include "tarvcore/impl/vector_util.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/utf16_blocks.cpp#1 $");
 

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "tarvcore/impl/ssse3_util.h"
 #include "tarvcore/impl/unicode_blocks.h"
 #include "tarvcore/impl/utf8_fault_tables.h"
+#include "tarvcore/impl/vector_util.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/utf8_blocks.cpp#1 $");
 
@@ -207,11 +207,6 @@ struct ToUtf16 {
         return _mm_or_si128(at_least(n.current, 0xC0), at_least(n.before_1, 0xE0));
     }
 
-    TARVCORE_SSSE3_INLINE static void put_ascii(__m128i ascii, Utf16Unit* destination) {
-        store(destination, _mm_unpacklo_epi8(ascii, _mm_setzero_si128()));
-        store(destination + 8, _mm_unpackhi_epi8(ascii, _mm_setzero_si128()));
-    }
-
     template <bool is_ample>
     TARVCORE_SSSE3_INLINE static void put(const Neighbours& n, unsigned drop,
                                           Utf16Unit* destination, unsigned room) {
@@ -259,16 +254,6 @@ struct ToUcs4 {
 
     TARVCORE_SSSE3_INLINE static __m128i dropped(const Neighbours& n) {
         return _mm_or_si128(ToUtf16::dropped(n), at_least(n.before_2, 0xF0));
-    }
-
-    TARVCORE_SSSE3_INLINE static void put_ascii(__m128i ascii, std::uint32_t* destination) {
-        const __m128i zero = _mm_setzero_si128();
-        const __m128i low = _mm_unpacklo_epi8(ascii, zero);
-        const __m128i high = _mm_unpackhi_epi8(ascii, zero);
-        store(destination, _mm_unpacklo_epi16(low, zero));
-        store(destination + 4, _mm_unpackhi_epi16(low, zero));
-        store(destination + 8, _mm_unpacklo_epi16(high, zero));
-        store(destination + 12, _mm_unpackhi_epi16(high, zero));
     }
 
     template <bool is_ample>
@@ -354,7 +339,7 @@ TARVCORE_SSSE3_INLINE unsigned convert_block(__m128i current, unsigned zeros, En
     const unsigned high = mask_bits(current);
     if (is_ample && high == 0) {
         if (ending.open_leads != 0 || ending.is_long_open) return 0;
-        if constexpr (!counting) Destination::put_ascii(current, destination);
+        if constexpr (!counting) store_ascii(current, destination);
         return block;
     }
     if (!ending.is_long_open && !has_any(current, 0xE0)) {

@@ -1,7 +1,6 @@
-#include <immintrin.h>
-
 #include "tarvcore/impl/unicode_blocks.h"
 #include "tarvcore/impl/utf8_fault_tables.h"
+#include "tarvcore/impl/vector_util.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/utf8_scan.cpp#1 $");
 
@@ -15,17 +14,12 @@ constexpr unsigned vector_size = 32;
 constexpr unsigned block = utf8_scan_block_length;
 static_assert(block == 2 * vector_size);
 
-TARVCORE_AVX2_INLINE __m256i load(const char* source) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(source));
-}
-
 TARVCORE_AVX2_INLINE __m256i bytes(int value) {
     return _mm256_set1_epi8(static_cast<char>(value));
 }
 
 TARVCORE_AVX2_INLINE __m256i look_up(const utf8_faults::Nibbles& table, __m256i index) {
-    const __m128i row = _mm_load_si128(reinterpret_cast<const __m128i*>(table.data()));
-    return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(row), index);
+    return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(load(table.data())), index);
 }
 
 TARVCORE_AVX2_INLINE __m256i high_nibbles(__m256i value) {
@@ -75,8 +69,8 @@ TARVCORE_AVX2_INLINE BlockProgress scan(const char* text, unsigned length) {
     unsigned written = 0;
     __m256i previous = _mm256_setzero_si256();
     for (; length - read >= block; read += block) {
-        const __m256i first = load(text + read);
-        const __m256i last = load(text + read + vector_size);
+        const __m256i first = load_32(text + read);
+        const __m256i last = load_32(text + read + vector_size);
         const int above = _mm256_movemask_epi8(_mm256_or_si256(first, last));
         if (above == 0 && (read == 0 || text[read - 1] >= 0)) {
             written += block;
