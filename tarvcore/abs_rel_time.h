@@ -186,9 +186,10 @@ public:
     constexpr AbsoluteTime() = default;
     // The same count.
     constexpr explicit AbsoluteTime(const TimeBase& time) : TimeBase(time) {}
-    // Windows' times, in UTC or in the local time of the system's zone.  There is no infinite among
-    // them, nor do they fail: what Windows cannot convert becomes its time 0, and what is out of
-    // range wraps; so time 0, the begin of 1601, comes as 2185-07-21 23:34:33.709551616.
+    // Windows' times, in UTC or in the local time of the system's zone; users include <windows.h>.
+    // There is no infinite among them, nor do they fail: what Windows cannot convert becomes its
+    // time 0, and what is out of range wraps; so time 0, the begin of 1601, comes as 2185-07-21
+    // 23:34:33.709551616.
     AbsoluteTime(const _FILETIME& time, bool is_local) { set(time, is_local); }
     AbsoluteTime(const _SYSTEMTIME& time, bool is_local) { set(time, is_local); }
     // The instant that lies `distance` after `base`.

@@ -75,7 +75,7 @@ private:
 
 // The time of day as it was when the library was loaded, and since then by the interrupt time: it
 // never runs backwards, and does not see that the system's clock is set.  To be handed to ACE as
-// its time of day; the library does not do so.
+// its time of day; the library does not do so.  Users include "ace/Time_Value.h".
 TARVCORE_API ACE_Time_Value monotonic_synthetic_ace_gettimeofday();
 
 }  // namespace tarvcore
