@@ -10,9 +10,9 @@ namespace tarvcore {
 //   - the diagnostic handler is installed (see ScopedDiagnosticSignalHandler), and the library for
 //     debugging help loaded;
 //   - arguments are UTF-8, whatever the process's code page; "?" stands for what is not Unicode;
-//   - an exception that leaves it becomes a diagnostic line, with its record, and the answer
-//     EXIT_FAILURE; one of unknown type gets a memory dump, too (see
-//     create_dump_and_trace_anonymous_exception).
+//   - an exception that leaves it becomes a diagnostic line, with its record or, of another
+//     std::exception, its `what()`, and the answer EXIT_FAILURE; one of unknown type gets a memory
+//     dump, too (see create_dump_and_trace_anonymous_exception).
 //
 // A program does not call this itself: it names its function `tarvcore_main`, without a namespace,
 // and links the library tarvcore::main, in which the process's entry point is.
