@@ -14,8 +14,7 @@ ErrorInfo::Ptr ErrorInfo::from_anonymous_exception(const SourceLocation& where) 
     return create(error::exception_unknown,
                   "Unknown exception occurred! \n\nRegisters: \n{@registers}\n\nStack Trace: "
                   "\n{@stackTrace}\nStack Dump: \n{@stackDump}",
-                  impl::thread_state(GetCurrentThreadId(), context, impl::walk_own_stack(context),
-                                     /*is_fault=*/false),
+                  impl::thread_state(GetCurrentThreadId(), context, impl::walk_own_stack(context)),
                   where);
 }
 

@@ -241,8 +241,7 @@ Answer report(const Failure& failure, const CONTEXT& context, bool is_asked, boo
     if (!is_asked) answer.emplace();
     try {
         const Report report(failure);
-        const std::string stack_trace =
-            impl::stack_trace_text(impl::walk_own_stack(context), /*is_fault=*/false);
+        const std::string stack_trace = impl::stack_trace_text(impl::walk_own_stack(context));
         if (!answer) answer = ask(report, stack_trace);
         if (is_traced) trace(report, stack_trace);
     } catch (const std::bad_alloc&) {

@@ -135,23 +135,23 @@ void describe_module(StackFrame& frame) {
 
 }  // namespace
 
-std::vector<StackFrame> impl::describe(const StackAddresses& stack, bool is_fault) {
+std::vector<StackFrame> impl::describe(const StackAddresses& stack) {
     std::vector<StackFrame> frames(stack.count);
     const SymbolEngine engine;
     for (unsigned i = 0; i < stack.count; ++i) {
         frames[i].address = stack.addresses[i];
         describe_module(frames[i]);
         // What a call returns to may belong to the next line, or to the next function.
-        const bool is_call = i != 0 || !is_fault;
+        const bool is_call = i != 0 || !stack.first_is_instruction;
         const auto address = reinterpret_cast<std::uintptr_t>(frames[i].address);
         engine.describe(is_call ? address - 1 : address, frames[i]);
     }
     return frames;
 }
 
-std::string impl::stack_trace_text(const StackAddresses& stack, bool is_fault) {
+std::string impl::stack_trace_text(const StackAddresses& stack) {
     std::string text;
-    for (const StackFrame& frame : describe(stack, is_fault))
+    for (const StackFrame& frame : describe(stack))
         text += stream_text(frame) + '\n';
     return text;
 }
@@ -159,7 +159,7 @@ std::string impl::stack_trace_text(const StackAddresses& stack, bool is_fault) {
 std::vector<StackFrame> current_stack_trace() {
     CONTEXT context = {};
     TARVCORE_CAPTURE_CONTEXT(context);
-    return impl::describe(impl::walk_own_stack(context), false);
+    return impl::describe(impl::walk_own_stack(context));
 }
 
 std::ostream& operator<<(std::ostream& os, const StackFrame& frame) {

@@ -97,7 +97,7 @@ TEST(StackTrace, NamesModulesOfAnyPath) {
 
     impl::StackAddresses stack;
     stack.addresses[stack.count++] = reinterpret_cast<const char*>(module) + 0x1234;
-    const std::vector<StackFrame> frames = impl::describe(stack, true);
+    const std::vector<StackFrame> frames = impl::describe(stack);
     EXPECT_EQ(frames[0].module, "deep.dll") << shown(frames);
     EXPECT_TRUE(!frames[0].function.empty() || frames[0].offset == 0x1234) << shown(frames);
 
@@ -171,6 +171,30 @@ TEST_F(SymbolEngineTest, IsNotNeededForModules) {
     const impl::DebugHelpLock taken;
     EXPECT_EQ(stack_trace_outer()[0].module, "diagnostics_test.exe");
     EXPECT_EQ(started + ended, 0);
+}
+
+std::vector<DWORD64> asked;
+
+BOOL WINAPI note_address(HANDLE, DWORD64 address, PDWORD64, PSYMBOL_INFOW) {
+    asked.push_back(address);
+    return FALSE;
+}
+
+// A call's instruction is in front of the address that it returns to.
+TEST_F(SymbolEngineTest, IsAskedForInstructions) {
+    help.symbol_at = note_address;
+    std::uintptr_t words[] = {0, 0x2000};
+    CONTEXT context = {};
+    context.Eip = 0x1000;
+    context.Esp = context.Ebp = reinterpret_cast<std::uintptr_t>(words);
+    impl::describe(impl::walk_frame_pointers(context));
+    EXPECT_EQ(asked, (std::vector<DWORD64>{0x1000, 0x1FFF})) << "where it faulted, and a call";
+
+    asked.clear();
+    const auto frames = stack_trace_outer();
+    ASSERT_EQ(asked.size(), frames.size());
+    for (unsigned i = 0; i < frames.size(); ++i)
+        EXPECT_EQ(asked[i], reinterpret_cast<std::uintptr_t>(frames[i].address) - 1) << i;
 }
 
 const wchar_t* symbol_name;

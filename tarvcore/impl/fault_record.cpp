@@ -112,8 +112,7 @@ ErrorInfo::Ptr fault_record(unsigned long thread, const EXCEPTION_POINTERS& exce
     static constexpr LiteralLocation where = TARVCORE_LOCATION("UnhandledExceptionFilter()");
     const EXCEPTION_RECORD& fault = *exception.ExceptionRecord;
     const CONTEXT& context = *exception.ContextRecord;
-    ErrorParams params =
-        thread_state(thread, context, walk_frame_pointers(context), /*is_fault=*/true);
+    ErrorParams params = thread_state(thread, context, walk_frame_pointers(context));
     if (fault.ExceptionCode == EXCEPTION_ACCESS_VIOLATION && fault.NumberParameters >= 2) {
         const auto* const accessed = reinterpret_cast<const void*>(fault.ExceptionInformation[1]);
         params.add("faultAddress", pointer_text(fault.ExceptionAddress))
@@ -133,8 +132,7 @@ ErrorInfo::Ptr fault_record(unsigned long thread, const EXCEPTION_POINTERS& exce
 
 ErrorInfo::Ptr termination_record(const CONTEXT& context) {
     static constexpr LiteralLocation where = TARVCORE_LOCATION("std::terminate()");
-    ErrorParams params = thread_state(GetCurrentThreadId(), context, walk_own_stack(context),
-                                      /*is_fault=*/false);
+    ErrorParams params = thread_state(GetCurrentThreadId(), context, walk_own_stack(context));
     const std::type_info* const type = abi::__cxa_current_exception_type();
     if (type == nullptr) {
         return named_fault(std::move(params), "Termination without an exception",

@@ -69,6 +69,7 @@ StackAddresses walk_own_stack(const CONTEXT& context) {
 
 StackAddresses walk_frame_pointers(const CONTEXT& context) {
     StackAddresses stack;
+    stack.first_is_instruction = true;
     append(stack, context.Eip);
     follow_frame_pointers(context.Ebp, context.Esp, stack);
     return stack;

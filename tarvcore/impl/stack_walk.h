@@ -22,29 +22,29 @@ namespace tarvcore::impl {
 
 constexpr unsigned max_stack_frames = 62;
 
-// Addresses, innermost first, and how many they are.
+// Addresses to which calls return, innermost first, and how many they are.
 struct StackAddresses {
     const void* addresses[max_stack_frames];
     unsigned count = 0;
+    bool first_is_instruction = false;  // the one that the context is of
 };
 
 // The calls that led to the place in the calling thread that the context is of, by unwind
 // information and, where that ends, by frame pointers.
 StackAddresses walk_own_stack(const CONTEXT& context);
 
-// The same by frame pointers alone: what a fault has left behind may be anything.  Nothing outside
-// the thread's stack is read.
+// The same by frame pointers alone, the context's instruction first: what a fault has left behind
+// may be anything.  Nothing outside the thread's stack is read.
 TARVCORE_API StackAddresses walk_frame_pointers(const CONTEXT& context);
 
 // Where the memory ends that can be read from an address on; the address itself where none can.
 // From within a stack, that is the stack's outer end.
 std::uintptr_t readable_end(std::uintptr_t address);
 
-// What is known of these addresses.  `is_fault`: the first one is that of an instruction, not one
-// that a call returns to.
-TARVCORE_API std::vector<StackFrame> describe(const StackAddresses& stack, bool is_fault);
+// What is known of these addresses.
+TARVCORE_API std::vector<StackFrame> describe(const StackAddresses& stack);
 
 // A line for each.
-std::string stack_trace_text(const StackAddresses& stack, bool is_fault);
+std::string stack_trace_text(const StackAddresses& stack);
 
 }  // namespace tarvcore::impl

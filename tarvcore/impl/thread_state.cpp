@@ -48,11 +48,11 @@ std::string stack_dump_text(const CONTEXT& context) {
 
 }  // namespace
 
-ErrorParams thread_state(unsigned long thread, const CONTEXT& context, const StackAddresses& stack,
-                         bool is_fault) {
+ErrorParams thread_state(unsigned long thread, const CONTEXT& context,
+                         const StackAddresses& stack) {
     ErrorParams params;
     params.add("registers", registers_text(context))
-        .add("stackTrace", stack_trace_text(stack, is_fault))
+        .add("stackTrace", stack_trace_text(stack))
         .add("stackDump", stack_dump_text(context))
         .add("processId", GetCurrentProcessId())
         .add("threadId", stream_text(streamers::Hex(thread, false)));

@@ -7,8 +7,7 @@
 namespace tarvcore::impl {
 
 // Of a thread by its number: "registers", "stackTrace", "stackDump" (512 bytes at most),
-// "processId", decimal, and "threadId", hexadecimal.  `is_fault` as for `describe`.
-ErrorParams thread_state(unsigned long thread, const CONTEXT& context, const StackAddresses& stack,
-                         bool is_fault);
+// "processId", decimal, and "threadId", hexadecimal.
+ErrorParams thread_state(unsigned long thread, const CONTEXT& context, const StackAddresses& stack);
 
 }  // namespace tarvcore::impl
