@@ -10,8 +10,10 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "tests/support/raised.h"
+#include "tests/support/scoped_calls.h"
 
 namespace {
 
@@ -114,6 +116,31 @@ TEST(Barrier, WaitsForOneAfterTheOther) {
     EXPECT_TRUE(mixed.wait(RelativeTime::max_time)) << "a time that would wrap";
     thread.join();
     EXPECT_EQ(answers(mixed), "RFSr--");
+}
+
+// The first wait takes a while, of which the second has to know.
+TEST(Barrier, HasOneTimeForAll) {
+    static std::vector<Future<int>> pending;
+    static std::vector<unsigned long> asked;
+    tarv_test::ScopedCalls calls(impl::address_wait_calls);
+    calls->wait = [](const void*, unsigned, unsigned long milliseconds, unsigned long*) {
+        asked.push_back(milliseconds);
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        return pending.at(asked.size() - 1).signal(7);
+    };
+    const auto check = [](auto barrier, auto entry_of) {
+        asked.clear();
+        pending = {Future<int>::create(), Future<int>::create()};
+        for (const auto& future : pending)
+            barrier.push_back(entry_of(future));
+        EXPECT_TRUE(barrier.wait(RelativeTime::seconds(100)));
+        ASSERT_EQ(asked.size(), 2u);
+        EXPECT_LE(asked[1] + 20, asked[0]);
+    };
+    check(AnyFutureBarrier(), [](const auto& future) { return future; });
+    check(AnyResultBarrier(),
+          [](const auto& future) { return Result<int>(new impl::FutureResultImpl<int>(future)); });
+    pending.clear();
 }
 
 TEST(Barrier, LetsGoWhatIsReady) {

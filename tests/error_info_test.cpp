@@ -14,7 +14,6 @@
 #include "tarvcore/error_exception.h"
 #include "tests/support/allocations.h"
 #include "tests/support/raised.h"
-#include "tests/support/threads.h"
 
 TARVCORE_SOURCE_FILE("$Id: //tests/error_info_test.cpp#1 $");
 
@@ -186,13 +185,6 @@ TEST(ErrorInfo, NestsTenThousandDeep) {
         EXPECT_LT(counter.bytes, blanks + 300ULL * depth);
     }
     EXPECT_EQ(watch.live(), 0);
-}
-
-TEST(ErrorInfo, SharesLazyLengthsBetweenThreads) {
-    const Ptr record = ErrorInfo::create(error::tarvcore_uuid_parse, "a literal message", here);
-    std::uint32_t hashes[2] = {};
-    tarv_test::run_threads(2, [&](unsigned i) { hashes[i] = record->hash(); });
-    EXPECT_EQ(hashes[0], hashes[1]);
 }
 
 TEST(ErrorInfo, RunsOutOfMemoryCleanly) {

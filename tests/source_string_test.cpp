@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "tests/support/allocations.h"
-#include "tests/support/threads.h"
+#include "tests/support/racers.h"
 
 namespace {
 
@@ -143,11 +143,15 @@ TEST(SourceString, HandlersMayWriteSharedTexts) {
 }
 
 TEST(SourceString, ThreadsMayMeasureOneHandle) {
-    for (int round = 0; round < 200; ++round) {
-        const SourceString shared(literal, true);
-        tarv_test::run_threads(2,
-                               [&shared](unsigned) { EXPECT_EQ(SourceString(shared).size(), 7u); });
-    }
+    const std::vector<SourceString> shared(10'000, SourceString(literal, true));
+    std::vector<const SourceString*> handles;
+    for (const SourceString& handle : shared)
+        handles.push_back(&handle);
+    const auto measure = [](const SourceString* handle) { EXPECT_EQ(handle->size(), 7u); };
+    const auto copy = [](const SourceString* handle) {
+        EXPECT_EQ(SourceString(*handle).size(), 7u);
+    };
+    tarv_test::race<const SourceString*>(std::move(handles), {measure, measure, copy});
 }
 
 TEST(SourceString, RunsOutOfMemoryCleanly) {
