@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -57,6 +59,20 @@ TEST(AtomicStrongWeakRefCount, LosesNothingBetweenThreads) {
     for (int i = 0; i < 2 * each; ++i)
         ASSERT_FALSE(count.decrement_strong());
     EXPECT_TRUE(count.decrement_strong());
+}
+
+// A second reference comes while the only one goes.
+TEST(AtomicStrongWeakRefCount, DiesOnceWhoeverComesMeanwhile) {
+    using Count = std::shared_ptr<AtomicStrongWeakRefCount>;
+    std::vector<Count> counts(20'000);
+    std::ranges::generate(counts, [] { return std::make_shared<AtomicStrongWeakRefCount>(); });
+    std::atomic<int> deaths = 0;
+    const auto drop = [&](const Count& count) { deaths += count->decrement_strong(); };
+    const auto take_and_drop = [&](const Count& count) {
+        if (count->increment_strong()) drop(count);
+    };
+    tarv_test::race<Count>(std::move(counts), {drop, take_and_drop});
+    EXPECT_EQ(deaths, 20'000);
 }
 
 template <class Counter>
