@@ -1,5 +1,5 @@
-// An operation that completes on another thread, waited for with a time-out; one that is cancelled
-// from outside; one whose handler is dropped.
+// An operation that completes on another thread, waited for with a time-out, and observed; one that
+// is cancelled from outside; one whose handler is dropped.
 #include <chrono>
 #include <iostream>
 #include <thread>
@@ -49,6 +49,12 @@ private:
     std::vector<std::thread> threads_;
 };
 
+// Is told by the thread that completes the operation, before anybody sees it complete.
+struct Announcer final : RefCounted<AtomicRefCount>, IFutureObserverBase {
+    void on_future_error(const ErrorInfo::Ptr&) override { std::cout << "it has failed\n"; }
+    void on_future_success() override { std::cout << "it is done\n"; }
+};
+
 void print(const char* what, const Result<unsigned>& result) {
     std::cout << what << ": ";
     try {
@@ -65,7 +71,9 @@ int main() {
     PrimeCounter counter;
     print("now", counter.start(2, result_future<unsigned>()));
 
-    const Result<unsigned> waited_for = counter.start(1000, result_future<unsigned>());
+    const auto future = Future<unsigned>::create();
+    future.add_observer(RefCountPtr(new Announcer));  // which lives until it is told
+    const Result<unsigned> waited_for = counter.start(1000, result_future(future));
     if (!waited_for.wait(RelativeTime::seconds(60))) return 1;
     print("later", waited_for);
 

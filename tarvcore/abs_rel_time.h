@@ -64,10 +64,10 @@ public:
     // and right behind it its unit; behind "m" there must be a blank, a digit or the end.  Eleven
     // decimals count, and the field is truncated to nanoseconds.  A text without fields is zero.
     //
-    // The number before the point must be less than the whole units within the range (106751 days,
-    // 2562047 hours, 153722867 minutes, ...), and nanoseconds up to 9223372036854775799.  The sum
-    // is not tested and wraps.  So texts of 106751 days, and "##INFINITE##", are written and not
-    // read.
+    // Each field by itself must be below the range: its number before the point is less than 106751
+    // days (106750d is the most), 2562047 hours, 153722867 minutes, ..., and nanoseconds are
+    // 9223372036854775799 at most.  The sum is not tested and wraps.  So texts of 106751 days, and
+    // "##INFINITE##", are written and not read.
     //
     // Fails with "error.tarvcore.relativeTime.invalidTimeString"; then `*out` stays as it is.  It
     // may be null.

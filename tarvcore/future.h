@@ -7,6 +7,7 @@
 #include "tarvcore/abs_rel_time.h"
 #include "tarvcore/error_exception.h"
 #include "tarvcore/error_info.h"
+#include "tarvcore/future_observer.h"
 #include "tarvcore/impl/future_impl.h"
 #include "tarvcore/ref_count_ptr.h"
 
@@ -71,10 +72,9 @@ public:
         }
     }
 
-    // Registers an observer that is counted itself, or whose life is the caller's affair; see
-    // IFutureObserverBase in impl/future_impl.h, which observers derive from.  Observers are told
-    // in the order of their registration; of a complete future, at once, by this thread.  False: it
-    // is registered already.
+    // Registers an observer that is counted itself, or whose life is the caller's affair.
+    // Observers are told in the order of their registration; of a complete future, at once, by this
+    // thread.  False: it is registered already.
     template <class Object>
     bool add_observer(const RefCountPtr<Object>& observer) const {
         return impl_->add_observer({observer.get(), observer.get()});

@@ -16,6 +16,14 @@ public:
     constexpr InterfacePtr() = default;
     // `owner` keeps the object, and is asked for nothing else.
     InterfacePtr(Interface* object, Owner owner) : interface_(object), owner_(std::move(owner)) {}
+    InterfacePtr(const InterfacePtr&) = default;
+    InterfacePtr(InterfacePtr&& other) noexcept
+        : interface_(std::exchange(other.interface_, nullptr)), owner_(std::move(other.owner_)) {}
+    InterfacePtr& operator=(InterfacePtr other) noexcept {
+        std::swap(interface_, other.interface_);
+        std::swap(owner_, other.owner_);
+        return *this;
+    }
 
     Interface* get() const { return interface_; }
     Interface* operator->() const { return interface_; }

@@ -54,7 +54,7 @@ public:
             copy_dynamic(text, std::strlen(text));
         }
     }
-    // A reference of that length, or a dynamic copy.
+    // A reference of that length, or a dynamic copy.  0x7FFFFFFF of a reference: yet unmeasured.
     constexpr SourceString(const char* text, unsigned length, bool is_reference) {
         if (length > max_length) length_error();
         if (is_reference) {

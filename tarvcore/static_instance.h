@@ -11,7 +11,7 @@
 namespace tarvcore {
 
 // Holds one T of the whole process: made by the first call of `get`, destroyed when ACE's object
-// manager shuts down or the library is unloaded, after everything that was made later.  Unlike a
+// manager shuts down or the library is unloaded, in reverse order of their making.  Unlike a
 // static object of C++ it lives on while other modules' static objects are destroyed, and to use it
 // after its end is an error instead of a crash.  Where the process ends and nobody has stopped
 // ACE (see managed_fini), it is never destroyed.

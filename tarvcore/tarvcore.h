@@ -20,6 +20,7 @@
 #include "tarvcore/error_params.h"
 #include "tarvcore/exception_types.h"
 #include "tarvcore/future.h"
+#include "tarvcore/future_observer.h"
 #include "tarvcore/hardware/cpu.h"
 #include "tarvcore/hardware/cpu_info.h"
 #include "tarvcore/hardware/cpu_models.h"

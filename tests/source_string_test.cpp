@@ -113,7 +113,10 @@ TEST(SourceString, RemembersTheTraceDataItWasMadeFrom) {
         EXPECT_TRUE(SourceString(literal, true).query_trace_data().is_null());
     }
     EXPECT_EQ(watch.live(), 0);
-    EXPECT_EQ(data->query_trace_text(), "original");
+    auto moved = data;
+    const auto taken = std::move(moved);
+    EXPECT_TRUE(moved.is_null() && moved.owner().is_null()) << "nobody keeps what it pointed to";
+    EXPECT_EQ(taken->query_trace_text(), "original");
 }
 
 TEST(SourceString, HandlersMayWriteSharedTexts) {

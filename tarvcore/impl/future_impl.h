@@ -9,31 +9,13 @@
 #include "tarvcore/abs_rel_time.h"
 #include "tarvcore/config.h"
 #include "tarvcore/error_info.h"
+#include "tarvcore/future_observer.h"
 #include "tarvcore/impl/completion_word.h"
 #include "tarvcore/interface_ptr.h"
 #include "tarvcore/ref_count.h"
 #include "tarvcore/ref_count_ptr.h"
 
-namespace tarvcore {
-
-// Is told, once, that a future has completed: by the thread that completes it, before anybody sees
-// it ready, and while it is locked.  So an observer must not signal, wait for, or change the
-// observers of the future that it is called for; to ask for its state is allowed, and it is still
-// pending.  It may drop the future, and the handler that would have signalled it.
-//
-// What an observer throws does not hold the completion up: the others are told, the future
-// completes, and then the first exception goes to who has signalled.
-class IFutureObserverBase {
-public:
-    // One of the two is called.
-    virtual void on_future_error(const ErrorInfo::Ptr& error) = 0;
-    virtual void on_future_success() = 0;
-
-protected:
-    ~IFutureObserverBase() = default;
-};
-
-namespace impl {
+namespace tarvcore::impl {
 
 // The completion of one operation: pending, then complete for ever, with success or with an error.
 // Without a kernel object and without a lock of the system's, see CompletionWord: 28 bytes, and
@@ -170,5 +152,4 @@ T taken_value(const T& value) {
     }
 }
 
-}  // namespace impl
-}  // namespace tarvcore
+}  // namespace tarvcore::impl

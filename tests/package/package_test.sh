@@ -12,7 +12,6 @@ work=$build/package-test
 # As folders are called by people.
 folder="$work/Bücher und anderes"
 package=$(echo "$folder"/tarvcore-*-w32)
-toolchain=$package/lib/cmake/tarvcore/toolchain.cmake
 
 fail() {
     printf '%s\n' "$@" >&2
@@ -63,9 +62,12 @@ case $case in
         fi
         ;;
     cmake)
-        cmake -S "$package/share/tarvcore/consumer" -B "$folder/build" -G Ninja --toolchain "$toolchain"
-        cmake --build "$folder/build"
-        runs "$folder/build/consumer.exe"
+        # As its README says.
+        cd "$package"
+        commands=$(sed -n 's/^    //p' README.md)
+        [[ $commands == cmake*$'\nbuild/consumer.exe' ]] || fail "README.md has other commands"
+        CMAKE_GENERATOR=Ninja bash -euc "${commands%$'\n'*}"
+        runs build/consumer.exe
         ;;
     pkg-config)
         mkdir "$folder/by hand"
