@@ -8,10 +8,6 @@ TARVCORE_SOURCE_FILE("$Id: //tarvcore/impl/simd_level.cpp#1 $");
 namespace tarvcore::impl {
 namespace {
 
-constexpr int not_looked_up = -1;
-
-constinit int chosen_level = not_looked_up;
-
 // The highest level up to which the machine has all.  The compiler's test includes whether the
 // operating system keeps the wide registers.
 SimdLevel machine_level() {
@@ -23,18 +19,17 @@ SimdLevel machine_level() {
 
 }  // namespace
 
-SimdLevel simd_level() noexcept {
-    int level = __atomic_load_n(&chosen_level, __ATOMIC_RELAXED);
-    if (level == not_looked_up) {
-        level = static_cast<int>(machine_level());
-        __atomic_store_n(&chosen_level, level, __ATOMIC_RELAXED);
-    }
-    return static_cast<SimdLevel>(level);
+constinit std::atomic<int> simd_level_in_use = -1;
+
+SimdLevel look_up_simd_level() noexcept {
+    const SimdLevel level = machine_level();
+    simd_level_in_use.store(static_cast<int>(level), std::memory_order_relaxed);
+    return level;
 }
 
 void force_simd_level(SimdLevel level) noexcept {
     const int lowered = static_cast<int>(std::min(level, machine_level()));
-    __atomic_store_n(&chosen_level, lowered, __ATOMIC_RELAXED);
+    simd_level_in_use.store(lowered, std::memory_order_relaxed);
 }
 
 }  // namespace tarvcore::impl
