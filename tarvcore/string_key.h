@@ -44,7 +44,7 @@ protected:
 class TARVCORE_API StringKey : public ObjectKeyBase<impl::StringKeyToken> {
 public:
     constexpr StringKey() = default;
-    // Without a length, up to the terminator.  No length stands for that.
+    // Without a length, up to the terminator; 0xFFFFFFFF is a length like any other.
     StringKey(const char* text);
     StringKey(const char* text, unsigned length) : ObjectKeyBase(token_from_string(text, length)) {}
     StringKey(std::string_view text) : StringKey(text.data(), text.size()) {}
