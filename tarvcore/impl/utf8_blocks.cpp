@@ -386,6 +386,7 @@ TARVCORE_SSSE3_INLINE BlockProgress convert_blocks(const char* source, unsigned 
     unsigned read = 0;
     unsigned written = 0;
     Ending ending;
+    // Whole blocks with room for all that one can make, which need not look at either.
     while (length - read >= block && capacity - written >= block) {
         const unsigned made = convert_block<Destination, counting, true>(
             load(source + read), 0, ending, counting ? nullptr : destination + written, block);
