@@ -95,9 +95,8 @@ public:
         : LineVerb(
               {"match", "CODE PATTERN", "Whether an error code belongs to a family",
                "Answers yes or no. A code belongs to the family of every prefix of it that ends\n"
-               "at a dot; the empty pattern is the family of all codes, \".\" of all but the "
-               "empty\n"
-               "one. On a line of standard input one blank stands between the two.\n",
+               "at a dot; the empty pattern is the family of all codes, \".\" of all but the\n"
+               "empty one. On a line of standard input one blank stands between the two.\n",
                "$ tarv error match error.tarvcore.uuid.parse error.tarvcore\n"
                "yes\n"},
               {2, 2, ' '}) {}
