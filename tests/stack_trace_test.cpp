@@ -184,6 +184,7 @@ BOOL WINAPI note_address(HANDLE, DWORD64 address, PDWORD64, PSYMBOL_INFOW) {
 // A call's instruction is in front of the address that it returns to.
 TEST_F(SymbolEngineTest, IsAskedForInstructions) {
     help.symbol_at = note_address;
+    asked.clear();
     std::uintptr_t words[] = {0, 0x2000};
     CONTEXT context = {};
     context.Eip = 0x1000;
